@@ -1,0 +1,211 @@
+#include "AudioOutput.h"
+#include "CDUnits.h"
+#include "HostError.h"
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <sndfile.h>
+#include <unistd.h>
+
+namespace
+{
+constexpr int WAV_HEADER_BYTES = 44;
+
+void PutLE(unsigned char* p, unsigned long long nValue, int nBytes)
+{
+    for (int i = 0; i < nBytes; ++i)
+        p[i] = static_cast<unsigned char>(nValue >> (8 * i));
+}
+
+// The canonical header of 44 bytes (Multimedia Programming Interface and Data Specifications 1.0, RIFF WAVE).
+std::array<unsigned char, WAV_HEADER_BYTES> MakeHeader(long long nDataBytes)
+{
+    std::array<unsigned char, WAV_HEADER_BYTES> aryHeader{};
+    unsigned char* p = aryHeader.data();
+    const unsigned long long nBytes = static_cast<unsigned long long>(nDataBytes);
+    std::memcpy(p, "RIFF", 4);
+    PutLE(p + 4, nBytes + WAV_HEADER_BYTES - 8, 4);
+    std::memcpy(p + 8, "WAVEfmt ", 8);
+    PutLE(p + 16, 16, 4);
+    PutLE(p + 20, 1, 2); // PCM
+    PutLE(p + 22, 2, 2);
+    PutLE(p + 24, LY_CD_SAMPLE_RATE, 4);
+    PutLE(p + 28, LY_CD_SECOND_BYTES, 4);
+    PutLE(p + 32, LY_CD_FRAME_BYTES, 2);
+    PutLE(p + 34, 16, 2);
+    std::memcpy(p + 36, "data", 4);
+    PutLE(p + 40, nBytes, 4);
+    return aryHeader;
+}
+
+// A WAV into a stream that cannot be rewound. CLOSE is the function that ends the stream, null for one that stays.
+class StreamOutput : public AudioOutput
+{
+public:
+    using CLOSE = int (*)(FILE*);
+
+    StreamOutput(FILE* pStream, CLOSE pClose, long long nExpectedBytes) : m_pStream(pStream), m_pClose(pClose)
+    {
+        const auto aryHeader = MakeHeader(nExpectedBytes);
+        Write(aryHeader.data(), WAV_HEADER_BYTES);
+    }
+    ~StreamOutput() override
+    {
+        if (m_pClose != nullptr && m_pStream != nullptr)
+            (void)m_pClose(m_pStream);
+    }
+    void Write(const unsigned char* pData, int nBytes) override
+    {
+        if (std::fwrite(pData, 1, static_cast<size_t>(nBytes), m_pStream) != static_cast<size_t>(nBytes))
+            ThrowFailure();
+    }
+    void Finish() override
+    {
+        if (std::fflush(m_pStream) != 0)
+            ThrowFailure();
+        if (m_pClose == nullptr)
+            return;
+        const int nStatus = m_pClose(m_pStream);
+        m_pStream = nullptr;
+        if (nStatus != 0 && m_pClose == pclose)
+            throw HostError("the player program failed; use -o FILE.wav to write a file instead.");
+        if (nStatus != 0)
+            ThrowFailure();
+    }
+
+private:
+    [[noreturn]] static void ThrowFailure()
+    {
+        if (errno == EPIPE)
+            throw HostError("the program that takes the audio has ended early; start it again, or use -o FILE.wav.");
+        throw HostError(std::string("the audio could not be written to its end (") + std::strerror(errno) +
+                        "); choose another place with -o FILE.wav.");
+    }
+
+    FILE* m_pStream;
+    CLOSE m_pClose;
+};
+
+[[noreturn]] void ThrowNotWritable(const std::string& strPath)
+{
+    throw HostError(strPath + " cannot be written (" + std::strerror(errno) +
+                    "); choose a folder that is there and that you may write to.");
+}
+
+class FileOutput : public AudioOutput
+{
+public:
+    explicit FileOutput(const std::string& strPath) : m_strPath(strPath), m_strPartial(strPath + ".part")
+    {
+        SF_INFO info{};
+        info.samplerate = LY_CD_SAMPLE_RATE;
+        info.channels = 2;
+        info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
+        errno = 0;
+        m_pFile = sf_open(m_strPartial.c_str(), SFM_WRITE, &info);
+        if (m_pFile == nullptr)
+            ThrowNotWritable(strPath);
+    }
+    ~FileOutput() override
+    {
+        if (m_pFile == nullptr)
+            return;
+        sf_close(m_pFile);
+        std::error_code error;
+        std::filesystem::remove(m_strPartial, error);
+    }
+    void Write(const unsigned char* pData, int nBytes) override
+    {
+        if (sf_write_raw(m_pFile, pData, nBytes) != nBytes)
+            throw HostError(m_strPath + " could not be written to its end; is the disk full? Choose another place.");
+    }
+    void Finish() override
+    {
+        SNDFILE* pFile = m_pFile;
+        m_pFile = nullptr;
+        std::error_code error;
+        const bool bClosed = sf_close(pFile) == 0;
+        if (bClosed)
+            std::filesystem::rename(m_strPartial, m_strPath, error);
+        if (bClosed && !error)
+            return;
+        std::filesystem::remove(m_strPartial, error);
+        throw HostError(m_strPath + " could not be finished; is the disk full? Choose another place.");
+    }
+
+private:
+    std::string m_strPath;
+    std::string m_strPartial;
+    SNDFILE* m_pFile = nullptr;
+};
+
+bool GetIsOnPath(const char* pProgram)
+{
+    const char* pPath = std::getenv("PATH");
+    std::string strPath = pPath != nullptr ? pPath : "";
+    for (size_t nStart = 0; nStart <= strPath.size();)
+    {
+        const size_t nEnd = std::min(strPath.find(':', nStart), strPath.size());
+        const std::string strFile = strPath.substr(nStart, nEnd - nStart) + "/" + pProgram;
+        if (access(strFile.c_str(), X_OK) == 0)
+            return true;
+        nStart = nEnd + 1;
+    }
+    return false;
+}
+
+FILE* OpenPlayer()
+{
+    // Each takes a WAV on its standard input.
+    static const std::pair<const char*, const char*> PLAYERS[] = {
+        {"aplay", "aplay -q -"},
+        {"ffplay", "ffplay -nodisp -autoexit -loglevel error -"},
+        {"play", "play -q -t wav -"}};
+    for (const auto& [pProgram, pCommand] : PLAYERS)
+    {
+        if (GetIsOnPath(pProgram))
+            return popen(pCommand, "w");
+    }
+    return nullptr;
+}
+
+// A file is written beside its name and renamed when it is whole. What is no file (a device, a named pipe) stays what
+// it is and is written to; a link leads to the file that it means.
+std::unique_ptr<AudioOutput> OpenFile(const std::string& strPath, long long nExpectedBytes)
+{
+    std::error_code error;
+    const std::filesystem::file_status status = std::filesystem::status(strPath, error);
+    if (std::filesystem::is_directory(status))
+        throw HostError(strPath + " is a folder; name a file in it.");
+    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
+    {
+        FILE* pStream = std::fopen(strPath.c_str(), "wb");
+        if (pStream == nullptr)
+            ThrowNotWritable(strPath);
+        return std::make_unique<StreamOutput>(pStream, std::fclose, nExpectedBytes);
+    }
+    const std::filesystem::path target = std::filesystem::weakly_canonical(strPath, error);
+    return std::make_unique<FileOutput>(error ? strPath : target.string());
+}
+} // namespace
+
+std::unique_ptr<AudioOutput> AudioOutput::Create(const std::string& strTarget, long long nExpectedBytes)
+{
+    // A player or pipe that goes away is an error to report, not a signal to die of.
+    std::signal(SIGPIPE, SIG_IGN);
+    if (strTarget == "-")
+    {
+        if (isatty(STDOUT_FILENO))
+            throw HostError("standard output is a terminal; pipe it into a program, or use -o FILE.wav.");
+        return std::make_unique<StreamOutput>(stdout, nullptr, nExpectedBytes);
+    }
+    if (!strTarget.empty())
+        return OpenFile(strTarget, nExpectedBytes);
+    FILE* pPlayer = OpenPlayer();
+    if (pPlayer == nullptr)
+        throw HostError("no program that plays sound was found; install alsa-utils, or use -o FILE.wav.");
+    return std::make_unique<StreamOutput>(pPlayer, pclose, nExpectedBytes);
+}

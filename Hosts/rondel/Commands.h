@@ -1,0 +1,16 @@
+// The commands of the host program. Each adds itself to the command line and runs when it was chosen.
+
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+enum EXIT_CODE : int
+{
+    EXIT_DONE = 0,
+    EXIT_FAILED = 1, // the disc, the track or a file; one sentence on stderr says what to do
+    EXIT_USAGE = 2   // the command line
+};
+
+void AddInfoCommand(CLI::App& app, int& nExitCode);
+void AddPlayCommand(CLI::App& app, int& nExitCode);
+void AddMakeDiscCommand(CLI::App& app, int& nExitCode);

@@ -1,0 +1,70 @@
+// rondel: plays the tracks of audio CDs and disc images through the plug-in, exactly as a player does.
+
+#include "Commands.h"
+#include "HostError.h"
+#include "LyString.h"
+#include <cstdio>
+#include <exception>
+
+namespace
+{
+constexpr const char* FOOTER = "Examples:\n"
+                               "  rondel info disc.cue\n"
+                               "  rondel play disc.cue 3 -o track3.wav\n"
+                               "  rondel play disc.cue 3 -o - | aplay\n"
+                               "  rondel make-disc -o disc.cue *.flac\n\n"
+                               "Exit codes: 0 done, 1 the disc or a file is at fault, 2 the command line is.";
+
+// One sentence, as for every other failure.
+std::string DescribeUsageError(const CLI::App* pApp, const CLI::Error& error)
+{
+    const CLI::App* pCommand = pApp;
+    for (const CLI::App* pChosen : pApp->get_subcommands())
+        pCommand = pChosen;
+    const std::string strHelp = pCommand == pApp ? "rondel --help" : "rondel " + pCommand->get_name() + " --help";
+    std::string strFault = error.what();
+    while (!strFault.empty() && (strFault.back() == '\n' || strFault.back() == '.'))
+        strFault.pop_back();
+    return "rondel: " + strFault + "; see '" + strHelp + "'.\n";
+}
+
+int Run(int nArguments, char** ppArguments)
+{
+    CLI::App app("Plays and inspects audio CDs and disc images.", "rondel");
+    app.set_version_flag("--version", std::string("rondel ") + RONDEL_VERSION);
+    app.footer(FOOTER);
+    app.require_subcommand(1);
+    app.failure_message(DescribeUsageError);
+    int nExitCode = EXIT_DONE;
+    AddInfoCommand(app, nExitCode);
+    AddPlayCommand(app, nExitCode);
+    AddMakeDiscCommand(app, nExitCode);
+    try
+    {
+        app.parse(nArguments, ppArguments);
+    }
+    catch (const CLI::ParseError& error)
+    {
+        return app.exit(error) == 0 ? EXIT_DONE : EXIT_USAGE;
+    }
+    return nExitCode;
+}
+} // namespace
+
+int main(int nArguments, char** ppArguments)
+{
+    LyStringGlobals::SetLocale(true);
+    try
+    {
+        return Run(nArguments, ppArguments);
+    }
+    catch (const HostError& error)
+    {
+        std::fprintf(stderr, "rondel: %s\n", error.what());
+    }
+    catch (const std::exception& error)
+    {
+        std::fprintf(stderr, "rondel: this should not have happened: %s\n", error.what());
+    }
+    return EXIT_FAILED;
+}

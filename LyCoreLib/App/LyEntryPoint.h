@@ -1,0 +1,9 @@
+// The two exports that every library of the system has. They bracket the library's life in its host and are counted.
+// Threads: any; no lock is taken.
+
+#pragma once
+
+#include "GlobalMacros.h"
+
+LY_EXPORT bool Attach(HINSTANCE__* hInstance); // false if the library could not start; nothing to do without an LyApp
+LY_EXPORT void Detach();
