@@ -35,6 +35,7 @@ std::vector<RECORD> MakeRecords(int64_t nRecords)
 std::vector<RECORD*> PointersTo(std::vector<RECORD>& aryRecords)
 {
     std::vector<RECORD*> aryPointers;
+    aryPointers.reserve(aryRecords.size());
     for (RECORD& record : aryRecords)
         aryPointers.push_back(&record);
     return aryPointers;

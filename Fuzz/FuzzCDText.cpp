@@ -1,16 +1,11 @@
 // The CD-Text decoder, on the raw answer of a drive: four bytes of header and packs.
 
+#include "FuzzCheck.h"
 #include "SCSICDTextDetails.h"
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
-
-static void Check(bool b)
-{
-    if (!b)
-        __builtin_trap();
-}
 
 static void CheckStrings(const LyStringArray& strings)
 {

@@ -3,6 +3,7 @@
 // each track.
 
 #include "CDTextPacks.h"
+#include "FuzzCheck.h"
 #include "SCSICDTextDetails.h"
 #include <cstddef>
 #include <cstdint>
@@ -12,17 +13,11 @@
 static constexpr int MAX_BLOCK_PACKS = 255;
 static constexpr unsigned char PACK_SIZES = 0x8F;
 
-static void Check(bool b)
-{
-    if (!b)
-        __builtin_trap();
-}
-
 static std::string TakeText(const uint8_t*& pData, size_t& nBytes)
 {
     const void* pEnd = nBytes > 0 ? memchr(pData, 0, nBytes) : nullptr;
     const size_t nText = pEnd != nullptr ? static_cast<size_t>(static_cast<const uint8_t*>(pEnd) - pData) : nBytes;
-    const std::string strText(reinterpret_cast<const char*>(pData), nText);
+    std::string strText(reinterpret_cast<const char*>(pData), nText);
     const size_t nTaken = nText + (pEnd != nullptr);
     pData += nTaken;
     nBytes -= nTaken;

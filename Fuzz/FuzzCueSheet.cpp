@@ -9,17 +9,17 @@
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* pData, size_t nBytes)
 {
     std::string strText = DecodeText({reinterpret_cast<const char*>(pData), nBytes});
-    Promise(IsValidUTF8(strText));
+    Check(IsValidUTF8(strText));
     CUE_SHEET sheet;
     SHEET_ERROR error;
     if (!ParseCueSheet(strText, sheet, error))
     {
-        Promise(!error.m_strText.empty() && error.m_nLine >= 0);
+        Check(!error.m_strText.empty() && error.m_nLine >= 0);
         return 0;
     }
     FuzzOpener opener;
     std::unique_ptr<DiscImage> pImage = BuildCueDisc(sheet, "fuzz.cue", opener, error);
-    Promise(pImage != nullptr || !error.m_strText.empty());
+    Check(pImage != nullptr || !error.m_strText.empty());
     if (pImage)
         CheckDisc(*pImage);
     return 0;

@@ -2,6 +2,7 @@
 //
 // Input: a byte of flags, the escape character, the text; one byte for each character.
 
+#include "FuzzCheck.h"
 #include "LyBuffer.h"
 #include "LyStringFormat.h"
 #include <cstddef>
@@ -10,12 +11,6 @@
 
 namespace
 {
-void Check(bool bHolds)
-{
-    if (!bHolds)
-        __builtin_trap();
-}
-
 void CheckMarkup(LyString str, int nFlags)
 {
     const int nOld = str.GetLength();

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "DiscImage.h"
+#include "FuzzCheck.h"
 #include <algorithm>
 #include <vector>
 
@@ -44,43 +45,37 @@ public:
     }
 };
 
-inline void Promise(bool bKept)
-{
-    if (!bKept)
-        __builtin_trap();
-}
-
 // Everything that DiscImage.h says of the shape of a disc, and reads at every border.
 inline void CheckDisc(DiscImage& image)
 {
     const std::vector<DISC_TRACK>& aryTracks = image.GetTracks();
     const std::vector<DISC_SESSION>& arySessions = image.GetSessions();
-    Promise(!aryTracks.empty() && aryTracks.size() <= LY_CD_MAX_TRACKS && !arySessions.empty());
-    Promise(aryTracks.front().m_nNumber >= 1 && aryTracks.back().m_nNumber <= LY_CD_MAX_TRACKS);
-    Promise(aryTracks.front().m_nPregapLBA == -DISC_FIRST_PREGAP_SECTORS && image.GetLeadOutLBA() <= DISC_MAX_LBA);
+    Check(!aryTracks.empty() && aryTracks.size() <= LY_CD_MAX_TRACKS && !arySessions.empty());
+    Check(aryTracks.front().m_nNumber >= 1 && aryTracks.back().m_nNumber <= LY_CD_MAX_TRACKS);
+    Check(aryTracks.front().m_nPregapLBA == -DISC_FIRST_PREGAP_SECTORS && image.GetLeadOutLBA() <= DISC_MAX_LBA);
     std::vector<unsigned char> aryBuffer(3 * LY_CD_SECTOR_BYTES);
     DISC_TRACK_MODE aryForms[3] = {};
     for (size_t n = 0; n < aryTracks.size(); n++)
     {
         const DISC_TRACK& track = aryTracks[n];
-        Promise(track.m_nNumber == aryTracks.front().m_nNumber + static_cast<int>(n) && track.m_nSectors > 0);
-        Promise(track.m_nPregapLBA <= track.m_nStartLBA && image.FindTrack(track.m_nNumber) == &track);
-        Promise(n == 0 || track.m_nPregapLBA >= aryTracks[n - 1].GetEndLBA());
-        Promise(track.IsData() == (track.m_nMode != DISC_AUDIO) && track.m_nControl < 16);
-        Promise(std::is_sorted(track.m_aryIndexLBAs.begin(), track.m_aryIndexLBAs.end()));
+        Check(track.m_nNumber == aryTracks.front().m_nNumber + static_cast<int>(n) && track.m_nSectors > 0);
+        Check(track.m_nPregapLBA <= track.m_nStartLBA && image.FindTrack(track.m_nNumber) == &track);
+        Check(n == 0 || track.m_nPregapLBA >= aryTracks[n - 1].GetEndLBA());
+        Check(track.IsData() == (track.m_nMode != DISC_AUDIO) && track.m_nControl < 16);
+        Check(std::is_sorted(track.m_aryIndexLBAs.begin(), track.m_aryIndexLBAs.end()));
         for (int nIndexLBA : track.m_aryIndexLBAs)
-            Promise(nIndexLBA >= track.m_nStartLBA && nIndexLBA < track.GetEndLBA());
-        Promise(image.Locate(track.m_nStartLBA).m_pTrack == &track && image.Locate(track.m_nStartLBA).m_nIndex >= 1);
+            Check(nIndexLBA >= track.m_nStartLBA && nIndexLBA < track.GetEndLBA());
+        Check(image.Locate(track.m_nStartLBA).m_pTrack == &track && image.Locate(track.m_nStartLBA).m_nIndex >= 1);
         for (int nLBA : {track.m_nPregapLBA - 1, track.m_nStartLBA - 1, track.GetEndLBA() - 1})
         {
             READ_RESULT result = image.ReadSectors(nLBA, 3, aryBuffer.data(), aryForms);
-            Promise(result.m_nSectors >= 0 && result.m_nSectors <= 3 && result.IsGood() == (result.m_nSectors == 3));
+            Check(result.m_nSectors >= 0 && result.m_nSectors <= 3 && result.IsGood() == (result.m_nSectors == 3));
         }
         READ_STATUS inside = image.ReadSectors(track.m_nStartLBA, 1, aryBuffer.data()).m_nStatus;
-        Promise(inside == READ_GOOD || inside == READ_UNREADABLE);
+        Check(inside == READ_GOOD || inside == READ_UNREADABLE);
     }
     for (const DISC_SESSION& session : arySessions)
-        Promise(session.m_nFirstTrack <= session.m_nLastTrack && image.FindTrack(session.m_nFirstTrack) != nullptr &&
-                image.FindTrack(session.m_nLastTrack)->GetEndLBA() == session.m_nLeadOutLBA);
-    Promise(image.GetCDTextPacks().size() % DISC_CD_TEXT_PACK_BYTES == 0);
+        Check(session.m_nFirstTrack <= session.m_nLastTrack && image.FindTrack(session.m_nFirstTrack) != nullptr &&
+              image.FindTrack(session.m_nLastTrack)->GetEndLBA() == session.m_nLeadOutLBA);
+    Check(image.GetCDTextPacks().size() % DISC_CD_TEXT_PACK_BYTES == 0);
 }

@@ -2,18 +2,13 @@
 //
 // Input: the position as two bytes, the text; one byte for each character.
 
+#include "FuzzCheck.h"
 #include "LyString.h"
 #include <cstddef>
 #include <cstdint>
 
 namespace
 {
-void Check(bool bHolds)
-{
-    if (!bHolds)
-        __builtin_trap();
-}
-
 void CheckReading(const LyString& str, int nPosition)
 {
     LyString strOut;

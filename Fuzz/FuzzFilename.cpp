@@ -2,18 +2,13 @@
 //
 // Input: a byte for the forms, then one byte for each character.
 
+#include "FuzzCheck.h"
 #include "LyFilename.h"
 #include <cstddef>
 #include <cstdint>
 
 namespace
 {
-void Check(bool bHolds)
-{
-    if (!bHolds)
-        __builtin_trap();
-}
-
 // The parts make up the whole again.
 void CheckParts(const LyFilename& filename)
 {

@@ -2,6 +2,7 @@
 //
 // Input: a byte of flags, the format text; one byte for each character.
 
+#include "FuzzCheck.h"
 #include "LyStringFormat.h"
 #include <cstddef>
 #include <cstdint>
@@ -10,12 +11,6 @@
 namespace
 {
 constexpr size_t MAX_FORMAT_BYTES = 256; // each directive may write some thousand characters
-
-void Check(bool bHolds)
-{
-    if (!bHolds)
-        __builtin_trap();
-}
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* pData, size_t nBytes)

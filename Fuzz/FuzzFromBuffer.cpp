@@ -2,6 +2,7 @@
 //
 // Input: a byte of flags, the bytes of the text.
 
+#include "FuzzCheck.h"
 #include "LyBuffer.h"
 #include "LyStringFormat.h"
 #include <cstddef>
@@ -11,12 +12,6 @@
 
 namespace
 {
-void Check(bool bHolds)
-{
-    if (!bHolds)
-        __builtin_trap();
-}
-
 // What is written reads back, unless it holds a zero or a character that takes more than 16 bits.
 void CheckUTF8(const LyString& str)
 {

@@ -5,6 +5,7 @@
 //   2  size of the buffer, 16 bits, big-endian
 //   4  the command block
 
+#include "FuzzCheck.h"
 #include "ImageDrive.h"
 #include <algorithm>
 #include <cstddef>
@@ -14,12 +15,6 @@
 static constexpr int HEADER_BYTES = 4;
 static constexpr int MAX_COMMANDS = 64;
 static constexpr unsigned char OLD_BYTE = 0xA5;
-
-static void Check(bool b)
-{
-    if (!b)
-        __builtin_trap();
-}
 
 // Sectors of counted bytes; the last few are missing, as in a file that was cut.
 class CountedSource : public SectorSource
@@ -57,9 +52,9 @@ static std::unique_ptr<DiscImage> MakeDisc(std::string&)
     content.m_aryTracks = {MakeTrack(1, 1, -150, 0, 30), MakeTrack(2, 1, 30, 40, 60),
                            MakeTrack(3, 2, 11350, 11500, 20)};
     content.m_aryTracks[0].m_Text.m_strTitle = "One";
-    content.m_aryTracks[1].m_nControl = DISC_CONTROL_PRE_EMPHASIS | DISC_CONTROL_FOUR_CHANNELS;
+    content.m_aryTracks[1].m_nControl = TRACK_CONTROL_PRE_EMPHASIS | TRACK_CONTROL_FOUR_CHANNELS;
     content.m_aryTracks[1].m_strISRC = "ABCDE1234567";
-    content.m_aryTracks[2].m_nControl = DISC_CONTROL_DATA;
+    content.m_aryTracks[2].m_nControl = TRACK_CONTROL_DATA;
     content.m_aryTracks[2].m_nMode = DISC_MODE1_2048;
     content.m_arySessions = {{1, 1, 2, 100, DISC_SESSION_CDDA_OR_CDROM}, {2, 3, 3, 11520, DISC_SESSION_CDROM_XA}};
     content.m_strMCN = "1234567890123";

@@ -2,18 +2,10 @@
 //
 // Input: a byte for the position, then one byte for each character.
 
+#include "FuzzCheck.h"
 #include "PropertyMap.h"
 #include <cstddef>
 #include <cstdint>
-
-namespace
-{
-void Check(bool bHolds)
-{
-    if (!bHolds)
-        __builtin_trap();
-}
-} // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* pData, size_t nBytes)
 {

@@ -2,6 +2,7 @@
 //
 // Input: one byte for each character. What follows the first zero is the value and the path of the operations.
 
+#include "FuzzCheck.h"
 #include "Tests/LyCoreLib/MarkupTestSupport.h"
 #include <cstddef>
 #include <cstdint>
@@ -9,12 +10,6 @@
 namespace
 {
 constexpr int MAX_EDITED = 40; // elements; the text of each edit is moved
-
-void Check(bool bHolds)
-{
-    if (!bHolds)
-        __builtin_trap();
-}
 
 LyString ToText(const uint8_t*& pData, const uint8_t* pEnd)
 {

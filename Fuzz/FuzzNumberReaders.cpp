@@ -2,6 +2,7 @@
 //
 // Input: the text, four bytes for each character where the first byte is odd, else one.
 
+#include "FuzzCheck.h"
 #include "LyStringFormat.h"
 #include <cmath>
 #include <cstddef>
@@ -10,12 +11,6 @@
 
 namespace
 {
-void Check(bool bHolds)
-{
-    if (!bHolds)
-        __builtin_trap();
-}
-
 LyString GetText(const uint8_t* pData, size_t nBytes)
 {
     LyString str;

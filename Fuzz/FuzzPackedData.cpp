@@ -1,15 +1,10 @@
 // The packed mode pages of a drive, and every question that is answered from them. The input is the text, one character
 // for each byte.
 
+#include "FuzzCheck.h"
 #include "THDriveInterface.h"
 #include <cstddef>
 #include <cstdint>
-
-static void Check(bool b)
-{
-    if (!b)
-        __builtin_trap();
-}
 
 static void QueryAll(DSENSEMASK& mask)
 {

@@ -3,18 +3,13 @@
 // Input: a byte of flags, a byte whose low two bits are the length of the delimiter, the delimiter, the text; one byte
 // for each character.
 
+#include "FuzzCheck.h"
 #include "LyArray.h"
 #include <cstddef>
 #include <cstdint>
 
 namespace
 {
-void Check(bool bHolds)
-{
-    if (!bHolds)
-        __builtin_trap();
-}
-
 bool AreSame(const LyStringArray& aryFirst, const LyStringArray& arySecond)
 {
     if (aryFirst.GetSize() != arySecond.GetSize())

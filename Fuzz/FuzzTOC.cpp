@@ -1,16 +1,11 @@
 // A table of contents from a drive: the list that is made of it, and every query on that list.
 
+#include "FuzzCheck.h"
 #include "SCSICDTrackListDetails.h"
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
-
-static void Check(bool b)
-{
-    if (!b)
-        __builtin_trap();
-}
 
 static int CheckList(const CSCSICD& cd)
 {

@@ -15,12 +15,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* pData, size_t nBytes)
     SHEET_ERROR error;
     if (!ParseTocFile(strText, sheet, error))
     {
-        Promise(!error.m_strText.empty() && error.m_nLine >= 0);
+        Check(!error.m_strText.empty() && error.m_nLine >= 0);
         return 0;
     }
     FuzzOpener opener;
     std::unique_ptr<DiscImage> pImage = BuildTocDisc(sheet, "fuzz.toc", opener, error);
-    Promise(pImage != nullptr || !error.m_strText.empty());
+    Check(pImage != nullptr || !error.m_strText.empty());
     if (pImage)
         CheckDisc(*pImage);
     return 0;

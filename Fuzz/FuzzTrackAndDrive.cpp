@@ -1,14 +1,9 @@
 // Any text as a path of the plug-in: what comes out must be usable, and the same each time.
 
+#include "FuzzCheck.h"
 #include "THCDAInputSource.h"
 #include <cstddef>
 #include <cstdint>
-
-static void Check(bool b)
-{
-    if (!b)
-        __builtin_trap();
-}
 
 static constexpr int UNTOUCHED = -77;
 

@@ -167,7 +167,7 @@ auto LyMap<K, KARG, V, VARG, bHasValue>::FindOrInsert(KARG key, bool& bNew) -> B
     MAP_BUCKET_BASE** ppLink = m_nHashSize > 0 ? FindLink(key) : nullptr;
     if (ppLink != nullptr && *ppLink != nullptr)
         return static_cast<BUCKET*>(*ppLink);
-    if (MapGetNeedsRehash(m_nCount + 1, m_nHashSize))
+    if (ppLink == nullptr || MapGetNeedsRehash(m_nCount + 1, m_nHashSize))
     {
         // A table that cannot grow goes on with longer chains; without a table there is no map.
         (void)SetHashSize(m_nCount + 1, false);

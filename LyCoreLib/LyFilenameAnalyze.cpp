@@ -117,7 +117,7 @@ LyString CutQuery(LyString& strName, int nMark)
     const int nQuery = strName.ReverseFind(L'?');
     if (nQuery < nMark)
         return LyString();
-    const LyString strQuery = strName.Mid(nQuery + 1);
+    LyString strQuery = strName.Mid(nQuery + 1);
     strName.RemoveRight(strName.GetLength() - nQuery);
     return strQuery;
 }

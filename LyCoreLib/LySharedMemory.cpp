@@ -1,4 +1,5 @@
 #include "LyFile.h"
+#include "LyPlatform.h"
 
 #include <climits>
 #include <fcntl.h>
@@ -60,6 +61,14 @@ void LySharedMemory::Map(int nBytes, bool bNew)
         return;
     m_pAddress = p;
     m_nMappedBytes = nBytes;
+}
+
+bool LySharedMemory::GetIsOlderThanProcess() const
+{
+    constexpr double CLOCK_GRAIN_SECONDS = 2; // files and processes are stamped by different clocks
+    struct stat status;
+    return m_nDescriptor != -1 && fstat(m_nDescriptor, &status) == 0 &&
+           static_cast<double>(status.st_mtime) + CLOCK_GRAIN_SECONDS < LyPlatform::GetProcessStartSeconds();
 }
 
 void LySharedMemory::Free()

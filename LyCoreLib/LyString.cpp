@@ -74,6 +74,7 @@ LyString::LyString(const wchar_t* p)
 
 LyString::LyString(const LyXString& str) : LyString(str.Get()) {}
 
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment): a string has the same block as itself
 LyString& LyString::operator=(const LyString& str)
 {
     if (m_pText == str.m_pText)

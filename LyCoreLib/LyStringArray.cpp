@@ -108,7 +108,8 @@ int LyStringArray::FindWhole(const LyString& str, bool bCaseSensitive) const
 
 int LyStringArray::RemoveString(const LyString& str, bool bCaseSensitive)
 {
-    const LyString strWanted(str); // str may be an element and go in the middle of this
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): str may be an element and go in the middle of this
+    const LyString strWanted(str);
     int nRemoved = 0;
     for (int i = m_nCount - 1; i >= 0; --i)
     {

@@ -104,7 +104,11 @@ public:
     // A cursor in a text. The text is borrowed and ends at its first zero.
     struct TokenPos
     {
-        TokenPos(const wchar_t* pDocument, int nFlags) : m_pDocument(pDocument), m_nTokenFlags(nFlags) {}
+        // At the start of the document, or of an empty one; null is empty.
+        explicit TokenPos(const wchar_t* pDocument = nullptr, int nFlags = MARKUP_IGNORE_CASE)
+            : m_pDocument(pDocument != nullptr ? pDocument : L""), m_nTokenFlags(nFlags)
+        {
+        }
         int GetLength() const { return m_nRight - m_nLeft; }
         // Whether the token is the name at the start of pName. There the name must end, or go on with one of " =/[]".
         bool Match(const wchar_t* pName) const;

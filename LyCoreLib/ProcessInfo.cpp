@@ -56,6 +56,10 @@ CProcessInfo::CProcessInfo()
     // attempt failed on it and removed it.
     if (GetData() == nullptr)
         (void)m_pData->Allocate(strName, static_cast<int>(sizeof(CProcessInfoData)));
+    // A process that was killed leaves its block behind. Its paths are not those of a later process of its number,
+    // which would load its libraries from there.
+    if (GetData() != nullptr && m_pData->GetIsOlderThanProcess())
+        (void)m_pData->Allocate(strName, static_cast<int>(sizeof(CProcessInfoData)));
     if (GetData() != nullptr && GetData()->m_nFilled == 0)
         GetDefaultProcessInformation();
     m_bReady = true;

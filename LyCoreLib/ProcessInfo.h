@@ -60,6 +60,7 @@ template <class T>
 class LySharedStructure : public LySharedMemory
 {
 public:
+    LySharedStructure() = default; // no block until Allocate
     explicit LySharedStructure(const wchar_t* pName) { Allocate(pName, static_cast<int>(sizeof(T))); }
     T* Get() const { return static_cast<T*>(GetAddress()); } // null if there is no memory
 };

@@ -43,6 +43,7 @@ LyString FromPointer(void* pValue)
 }
 } // namespace
 
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment): CopyProperties looks for itself
 LyPropertyMap& LyPropertyMap::operator=(const LyPropertyMap& other)
 {
     (void)LyPropertyMap::CopyProperties(other); // always true
@@ -173,7 +174,8 @@ void LyPropertyMap::LoadProperties(const LyString& strIn)
 // without a step forward, all that are left would be the same empty entry: a count from outside costs no time.
 void LyPropertyMap::LoadProperties(const LyString& strIn, int& nPosition)
 {
-    const LyString strText(strIn); // which may be a value of this map
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): strIn may be a value of this map
+    const LyString strText(strIn);
     DeleteProperties();
     const int nCount = strText.LoadIntFast(nPosition, 0);
     LyString strKey;

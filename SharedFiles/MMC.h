@@ -134,7 +134,7 @@ constexpr int TOC_DESCRIPTOR_OFFSET_TRACK = 2;
 constexpr int TOC_DESCRIPTOR_OFFSET_ADDRESS = 4;
 constexpr int TOC_LEAD_OUT_TRACK = 0xAA;
 
-// The CONTROL bits of a track, IEC 60908.
+// The CONTROL bits of a track, as the Q sub-channel and the table of contents carry them (IEC 60908, 17.5; MMC-3).
 enum TRACK_CONTROL : unsigned char
 {
     TRACK_CONTROL_PRE_EMPHASIS = 0x01,

@@ -24,6 +24,8 @@ target_compile_options(RondelFlags INTERFACE
     -ffp-contract=off)
 # A GNU unique symbol (an inline variable of the standard library will do) keeps a library mapped for ever.
 target_compile_options(RondelFlags INTERFACE $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>)
+# The lock annotations of GlobalMacros.h.
+target_compile_options(RondelFlags INTERFACE $<$<CXX_COMPILER_ID:Clang,AppleClang>:-Wthread-safety>)
 if(RONDEL_SANITIZE)
     target_compile_options(RondelFlags INTERFACE -fsanitize=${RONDEL_SANITIZE} -fno-omit-frame-pointer
         -fno-sanitize-recover=all)
@@ -84,6 +86,6 @@ function(rondel_module TARGET FILE_NAME EXPORTS WHOLE)
     target_link_options(${TARGET} PRIVATE "-Wl,--version-script=${EXPORTS}" -Wl,--no-undefined)
     if(RONDEL_SANITIZE)
         # The sanitizer's run-time comes with the host program.
-        target_link_options(${TARGET} PRIVATE -Wl,--undefined-version -Wl,-z,undefs)
+        target_link_options(${TARGET} PRIVATE -Wl,-z,undefs)
     endif()
 endfunction()

@@ -55,6 +55,7 @@ static const CAPABILITY_BIT* FindBit(int nCode)
 
 static unsigned int GetMultiplier(unsigned int nSpeed)
 {
+    // NOLINTNEXTLINE(bugprone-incorrect-roundings): truncation after adding a half is the published arithmetic.
     return static_cast<unsigned int>(nSpeed / CD_SPEED_KB_PER_SECOND + 0.5);
 }
 

@@ -25,6 +25,8 @@ CMemReader::~CMemReader()
 int CMemReader::start(const wchar_t* pDrive, int nTrack, int nPriority, int& nTrackBytes, int nReadSpeed)
 {
     CLogHelper log(LY_LOG_AREA_DRIVE, "CMemReader::start", false);
+    if (GetRunning())
+        LeaveTrack(); // the worker must not read from the drive while OpenDrive replaces it
     (void)m_pRipper->SetCopyMode(COPY_MODE_PLAYBACK);
     (void)m_pRipper->SetReadSpeed(nReadSpeed);
     const int nError = m_pRipper->OpenDrive(pDrive, true);
@@ -44,6 +46,17 @@ int CMemReader::start(const wchar_t* pDrive, int nTrack, int nPriority, int& nTr
 }
 
 int CMemReader::stop() { return LyThread::Stop(-1); }
+
+// Stops the worker and makes the reader as good as new.
+void CMemReader::LeaveTrack()
+{
+    (void)stop();
+    m_nReadPos = 0;
+    m_nWritePos = 0;
+    m_nRingBase = 0;
+    m_nReadError = 0;
+    m_bTrackDone = false;
+}
 
 bool CMemReader::ProcessMainThreadMessage(int, long long) { return true; }
 

@@ -29,6 +29,7 @@ public:
     ~CMemReader() override;
 
     // Opens the drive for playback and starts the worker on the track. 0, or the error code of CCDRipper::OpenDrive.
+    // A reader that runs leaves its track first.
     int start(const wchar_t* pDrive, int nTrack, int nPriority, int& nTrackBytes, int nReadSpeed);
     // Moves to a byte position of the track; waits for a drive read in progress. At or behind the end it does nothing.
     int seek(int nPosition);
@@ -51,6 +52,7 @@ public:
     LyLock m_Lock;
 
 private:
+    void LeaveTrack();
     int GetNextReadSectors() const;
     bool FillOnce();
     void ReadIntoRing(int nSectors);

@@ -9,6 +9,7 @@
 class CSystemPowerManagerEntry
 {
 public:
+    CSystemPowerManagerEntry() = default; // holds nothing
     explicit CSystemPowerManagerEntry(const LyString& strName)
     {
         if (ISystemPowerManager* pManager = GetSystemPowerManager(true))
@@ -27,7 +28,6 @@ public:
     CSystemPowerManagerEntry(const CSystemPowerManagerEntry&) = delete;
     CSystemPowerManagerEntry& operator=(const CSystemPowerManagerEntry&) = delete;
 
-private:
     int m_nFirst = 0; // the two halves of what Acquire answered; 0 means that nothing is held
     int m_nSecond = 0;
 };

@@ -177,8 +177,9 @@ std::vector<float> Render(const std::vector<NOTE>& aryNotes, double fSeconds, bo
     const size_t nFrames = aryMix.size() / 2;
     for (size_t n = 0; n < aryMix.size(); ++n)
     {
-        const double fFromStart = static_cast<double>(n / 2) / RATE;
-        const double fFromEnd = static_cast<double>(nFrames - n / 2) / RATE;
+        const size_t nFrame = n / 2;
+        const double fFromStart = static_cast<double>(nFrame) / RATE;
+        const double fFromEnd = static_cast<double>(nFrames - nFrame) / RATE;
         double fGain = 0.7 / fPeak;
         if (bFadeIn)
             fGain *= std::min(1.0, fFromStart / (FADE_SECONDS / 10));

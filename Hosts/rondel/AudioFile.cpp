@@ -32,8 +32,8 @@ AudioFile::AudioFile(const std::string& strPath) : m_strPath(strPath)
         return;
     sf_close(pFile);
     throw HostError(strPath + " has " + std::to_string(info.samplerate) + " Hz and " + std::to_string(m_nChannels) +
-                    " channels; a CD has 44100 Hz stereo. Convert it first: sox '" + strPath +
-                    "' -r 44100 -c 2 -b 16 converted.wav");
+                    " channels where a CD has 44100 Hz and stereo; convert it first, as \"sox '" + strPath +
+                    "' -r 44100 -c 2 -b 16 converted.wav\" does.");
 }
 
 AudioFile::AudioFile(AudioFile&& other) noexcept

@@ -47,13 +47,13 @@ Disc::Disc(const std::string& strPath) : m_strPath(strPath)
     DRIVE_INFO info;
     (void)m_Drive.GetDriveInfo(info);
     TDriveInfo drive(info, 0);
-    m_pCD = new CSCSICD(&m_Drive, drive, Widen(strPath));
+    m_pCD.reset(new CSCSICD(&m_Drive, drive, Widen(strPath)));
     ReadTracks();
 }
 
 Disc::~Disc()
 {
-    CSCSICD::Delete(m_pCD);
+    m_pCD.reset(); // it borrows the drive
     m_Drive.Close();
 }
 
@@ -85,7 +85,7 @@ std::string GetDrivePath(const std::string& strDisc)
     std::error_code error;
     if (!std::filesystem::exists(strDisc, error))
         return strDisc;
-    const std::string strPath = std::filesystem::absolute(strDisc, error).string();
+    std::string strPath = std::filesystem::absolute(strDisc, error).string();
     if (strPath.find(',') == std::string::npos)
         return strPath;
     static constexpr char HEX_DIGITS[] = "0123456789ABCDEF";

@@ -29,7 +29,7 @@ private:
 
     std::string m_strPath;
     CTHDriveInterface m_Drive;
-    CSCSICD* m_pCD = nullptr; // owned
+    std::unique_ptr<CSCSICD, void (*)(CSCSICD*)> m_pCD{nullptr, CSCSICD::Delete};
     std::vector<TTrackList> m_aryTracks;
 };
 

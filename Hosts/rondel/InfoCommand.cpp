@@ -2,8 +2,11 @@
 
 #include "Commands.h"
 #include "Disc.h"
+#include "HostError.h"
 #include "Text.h"
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
@@ -162,6 +165,9 @@ void AddInfoCommand(CLI::App& app, int& nExitCode)
                 std::puts(description.dump(2, ' ', false, json::error_handler_t::replace).c_str());
             else
                 Print(description);
+            if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
+                throw HostError(std::string("the listing could not be written (") + std::strerror(errno) +
+                                "); choose another place for it.");
             nExitCode = EXIT_DONE;
         });
 }

@@ -22,6 +22,9 @@ std::string DescribeUsageError(const CLI::App* pApp, const CLI::Error& error)
     for (const CLI::App* pChosen : pApp->get_subcommands())
         pCommand = pChosen;
     const std::string strHelp = pCommand == pApp ? "rondel --help" : "rondel " + pCommand->get_name() + " --help";
+    const std::vector<std::string> aryUnknown = pApp->remaining();
+    if (pCommand == pApp && !aryUnknown.empty() && !aryUnknown[0].starts_with('-'))
+        return "rondel: '" + aryUnknown[0] + "' is no command, name info, play or make-disc; see '" + strHelp + "'.\n";
     std::string strFault = error.what();
     while (!strFault.empty() && (strFault.back() == '\n' || strFault.back() == '.'))
         strFault.pop_back();

@@ -8,7 +8,10 @@
 #include "Progress.h"
 #include "Text.h"
 #include <algorithm>
+#include <cerrno>
+#include <cmath>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <vector>
@@ -87,7 +90,7 @@ void CheckOptions(const MAKE_DISC_OPTIONS& options)
     if (options.aryTitles.size() > options.aryFiles.size())
         throw HostError("there are " + std::to_string(options.aryTitles.size()) + " --track-title but only " +
                         std::to_string(options.aryFiles.size()) + " files; leave some out.");
-    if (options.fGapSeconds < 0 || options.fGapSeconds > MAX_GAP_SECONDS)
+    if (!(options.fGapSeconds >= 0 && options.fGapSeconds <= MAX_GAP_SECONDS)) // also what is no number
         throw HostError("--gap takes 0 to 60 seconds.");
     for (const fs::path& file : {fs::path(options.strOutput), GetBinPath(options.strOutput)})
     {
@@ -147,7 +150,7 @@ int MakeDisc(const MAKE_DISC_OPTIONS& options)
     BinFile binFile(bin);
     Progress progress("Writing " + bin.filename().string(), nTotalFrames);
     std::vector<short> arySamples(2 * COPY_FRAMES);
-    const int nGapSectors = static_cast<int>(options.fGapSeconds * LY_CD_SECTORS_PER_SECOND + 0.5);
+    const int nGapSectors = static_cast<int>(std::lround(options.fGapSeconds * LY_CD_SECTORS_PER_SECOND));
     long long nFramesDone = 0;
     int nSector = 0;
     for (size_t i = 0; i < aryAudio.size(); ++i)

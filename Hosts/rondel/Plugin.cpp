@@ -26,7 +26,7 @@ Plugin::Plugin()
     const std::string strPath = GetPluginPath();
     m_pLibrary = dlopen(strPath.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (m_pLibrary == nullptr)
-        throw HostError("the plug-in does not load; it belongs beside the program. " + std::string(dlerror()));
+        throw HostError("the plug-in does not load (" + std::string(dlerror()) + "); it belongs beside the program.");
     Look(m_pLibrary, "Attach", m_pAttach);
     Look(m_pLibrary, "Detach", m_pDetach);
     Look(m_pLibrary, "GetInputSource", m_pGetInputSource);

@@ -28,6 +28,9 @@ std::string FormatSeconds(double fSeconds)
 
 std::optional<double> ParseTime(const std::string& str)
 {
+    // What else a number may look like to the library (an exponent, hexadecimal digits) is no time.
+    if (str.find_first_not_of("0123456789.:") != std::string::npos)
+        return std::nullopt;
     double fSeconds = 0;
     int nFields = 0;
     const char* p = str.c_str();

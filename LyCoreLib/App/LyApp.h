@@ -11,7 +11,12 @@
 #include "LyMap.h"
 #include "LyString.h"
 
-struct LyPoint;
+// A place on the screen, in pixels.
+struct LyPoint
+{
+    int m_nX = 0;
+    int m_nY = 0;
+};
 
 class LyApp
 {

@@ -29,6 +29,7 @@ LyAudioInputBase::~LyAudioInputBase()
 int LyAudioInputBase::Open(const wchar_t* pPath)
 {
     m_nBufferFill = 0;
+    delete m_pReader; // of an earlier Open
     m_pReader = m_pOwner != nullptr ? m_pOwner->CreateReader(pPath) : nullptr;
     if (m_pReader == nullptr)
         return -1;

@@ -35,6 +35,9 @@ void SetThreadAttributePriority(pthread_attr_t* pAttributes, int nPriority); // 
 void SetStartedThreadPriority(pthread_t hThread, int nPriority);
 
 int GetProcessId();
+
+// When this process began, in seconds since 1970 by the clock of the files; 0 if that cannot be told.
+double GetProcessStartSeconds();
 pthread_t GetThreadId();
 
 // Keeps the library that calls this loaded until the calling thread has ended, whatever its owner does meanwhile. The

@@ -2,7 +2,9 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <cxxabi.h>
+#include <fcntl.h>
 #include <sched.h>
 #include <sys/resource.h>
 #include <time.h>
@@ -80,6 +82,28 @@ void LyPlatform::SetStartedThreadPriority(pthread_t hThread, int nPriority)
 }
 
 int LyPlatform::GetProcessId() { return static_cast<int>(getpid()); }
+
+// The kernel counts the start from the machine's (proc_pid_stat(5), field 22). The fields are counted from behind the
+// program's name, which may hold anything.
+double LyPlatform::GetProcessStartSeconds()
+{
+    constexpr int FIELDS_FROM_NAME_TO_START = 20;
+    char szText[1024];
+    const int nFile = open("/proc/self/stat", O_RDONLY | O_CLOEXEC);
+    const ssize_t nBytes = nFile != -1 ? read(nFile, szText, sizeof szText - 1) : -1;
+    if (nFile != -1)
+        close(nFile);
+    szText[nBytes > 0 ? nBytes : 0] = 0;
+    const char* p = strrchr(szText, ')');
+    for (int i = 0; p != nullptr && i < FIELDS_FROM_NAME_TO_START; i++)
+        p = strchr(p + 1, ' ');
+    timespec now;
+    timespec sinceBoot;
+    if (p == nullptr || clock_gettime(CLOCK_REALTIME, &now) != 0 || clock_gettime(CLOCK_BOOTTIME, &sinceBoot) != 0)
+        return 0;
+    const double fStart = static_cast<double>(strtoull(p, nullptr, 10)) / static_cast<double>(sysconf(_SC_CLK_TCK));
+    return static_cast<double>(now.tv_sec - sinceBoot.tv_sec) + fStart;
+}
 
 pthread_t LyPlatform::GetThreadId() { return pthread_self(); }
 

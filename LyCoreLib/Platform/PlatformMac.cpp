@@ -10,6 +10,7 @@
 #include <objc/runtime.h>
 #include <pthread.h>
 #include <sched.h>
+#include <sys/sysctl.h>
 #include <unistd.h>
 #if defined(__x86_64__) || defined(__i386__)
 #include <cpuid.h>
@@ -161,6 +162,16 @@ bool LyPlatform::GetExecutablePath(char* pBuffer, int nBufferBytes)
 }
 
 const char* LyPlatform::GetHomeDirectory() { return std::getenv("HOME"); }
+
+double LyPlatform::GetProcessStartSeconds()
+{
+    kinfo_proc process{};
+    size_t nBytes = sizeof process;
+    int aryName[] = {CTL_KERN, KERN_PROC, KERN_PROC_PID, getpid()};
+    if (sysctl(aryName, 4, &process, &nBytes, nullptr, 0) != 0)
+        return 0;
+    return static_cast<double>(process.kp_proc.p_starttime.tv_sec);
+}
 
 void LyPlatform::RunApplicationLoop()
 {

@@ -35,11 +35,9 @@ public:
             if (!AddTrack(track))
                 return nullptr;
         LoadCDText();
-        if (!m_Builder.Finish(strSheetPath, m_Error))
-            return nullptr;
         m_Builder.GetContent().m_strMCN = m_Sheet.m_strMCN;
         m_Builder.GetContent().m_Text = m_Sheet.m_Text;
-        return std::make_unique<DiscImage>(std::move(m_Builder.GetContent()));
+        return m_Builder.Finish(strSheetPath, m_Error);
     }
 
 private:

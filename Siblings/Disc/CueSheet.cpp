@@ -69,7 +69,11 @@ private:
     }
 
     CUE_TRACK* GetTrack() { return m_Sheet.m_aryTracks.empty() ? nullptr : &m_Sheet.m_aryTracks.back(); }
-    DISC_TEXT& GetText() { return GetTrack() != nullptr ? GetTrack()->m_Text : m_Sheet.m_Text; }
+    DISC_TEXT& GetText()
+    {
+        CUE_TRACK* pTrack = GetTrack();
+        return pTrack != nullptr ? pTrack->m_Text : m_Sheet.m_Text;
+    }
 
     bool ParseFile(std::string_view strArguments);
     bool ParseTrack(std::string_view strArguments);
@@ -148,7 +152,7 @@ bool CueParser::ParseTrackMode(std::string_view strWord, CUE_TRACK& track)
             continue;
         track.m_nMode = mode.m_nMode;
         track.m_nSessionType = mode.m_nSessionType;
-        track.m_nControl = mode.m_nMode == DISC_AUDIO ? 0 : DISC_CONTROL_DATA;
+        track.m_nControl = mode.m_nMode == DISC_AUDIO ? 0 : TRACK_CONTROL_DATA;
         return true;
     }
     if (EqualNoCase(strWord, "CDG") || strWord.ends_with("/2448"))
@@ -170,12 +174,13 @@ bool CueParser::ParseTrack(std::string_view strArguments)
         return Fail("the track number " + QuoteWord(strNumber) + " is not one of 1 to 99; correct it");
     if (m_Sheet.m_aryFiles.empty())
         return Fail("no FILE line stands before the first TRACK; add one that names the image file");
-    if (GetTrack() != nullptr && track.m_nNumber != GetTrack()->m_nNumber + 1)
+    const CUE_TRACK* pBefore = GetTrack();
+    if (pBefore != nullptr && track.m_nNumber != pBefore->m_nNumber + 1)
         return Fail("track " + std::to_string(track.m_nNumber) + " follows track " +
-                    std::to_string(GetTrack()->m_nNumber) + ", but numbers rise by one; correct the numbers");
+                    std::to_string(pBefore->m_nNumber) + ", but numbers rise by one; correct the numbers");
     if (!ParseTrackMode(TakeWord(strArguments), track))
         return false;
-    if (GetTrack() != nullptr && !CheckTrack(*GetTrack()))
+    if (pBefore != nullptr && !CheckTrack(*pBefore))
         return false;
     m_bNewSession = false;
     track.m_nSession = static_cast<int>(m_Sheet.m_arySessions.size()) - 1;
@@ -214,30 +219,32 @@ bool CueParser::ParseIndex(std::string_view strArguments)
 
 bool CueParser::ParseGap(std::string_view strArguments, const char* pCommand, int CUE_TRACK::*pGap)
 {
-    if (GetTrack() == nullptr)
+    CUE_TRACK* pTrack = GetTrack();
+    if (pTrack == nullptr)
         return Fail(std::string(pCommand) + " stands before the first TRACK; put the TRACK line ahead of it");
-    return ParseTime(TakeWord(strArguments), GetTrack()->*pGap);
+    return ParseTime(TakeWord(strArguments), pTrack->*pGap);
 }
 
 bool CueParser::ParseFlags(std::string_view strArguments)
 {
-    if (GetTrack() == nullptr)
+    CUE_TRACK* pTrack = GetTrack();
+    if (pTrack == nullptr)
         return Warn("FLAGS stands before the first TRACK and was left out");
     while (!strArguments.empty())
     {
         std::string_view strFlag = TakeWord(strArguments);
         unsigned char nBit = 0;
         if (EqualNoCase(strFlag, "DCP"))
-            nBit = DISC_CONTROL_COPY_PERMITTED;
+            nBit = TRACK_CONTROL_COPY_PERMITTED;
         else if (EqualNoCase(strFlag, "4CH"))
-            nBit = DISC_CONTROL_FOUR_CHANNELS;
+            nBit = TRACK_CONTROL_FOUR_CHANNELS;
         else if (EqualNoCase(strFlag, "PRE"))
-            nBit = DISC_CONTROL_PRE_EMPHASIS;
+            nBit = TRACK_CONTROL_PRE_EMPHASIS;
         else if (!EqualNoCase(strFlag, "SCMS") && !EqualNoCase(strFlag, "DATA")) // no CONTROL bit; told by the mode
             (void)Warn("the flag " + QuoteWord(strFlag) + " is unknown and was left out");
         // Channels and pre-emphasis are matters of sound: on a data track their bits mean something else.
-        if (GetTrack()->m_nMode == DISC_AUDIO || nBit == DISC_CONTROL_COPY_PERMITTED)
-            GetTrack()->m_nControl |= nBit;
+        if (pTrack->m_nMode == DISC_AUDIO || nBit == TRACK_CONTROL_COPY_PERMITTED)
+            pTrack->m_nControl |= nBit;
     }
     return true;
 }
@@ -257,10 +264,11 @@ bool CueParser::ParseISRC(std::string_view strArguments)
 {
     bool bValid = false;
     std::string strISRC = NormaliseISRC(UnquoteArgument(strArguments), bValid);
-    if (!bValid || GetTrack() == nullptr)
+    CUE_TRACK* pTrack = GetTrack();
+    if (!bValid || pTrack == nullptr)
         return Warn("the ISRC " + QuoteWord(strArguments) + (bValid ? " belongs to no track" : " is malformed") +
                     " and was left out");
-    GetTrack()->m_strISRC = strISRC;
+    pTrack->m_strISRC = strISRC;
     return true;
 }
 

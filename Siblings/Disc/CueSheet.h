@@ -34,7 +34,7 @@ struct CUE_TRACK
     int m_nSession = 0; // in m_arySessions
     DISC_TRACK_MODE m_nMode = DISC_AUDIO;
     DISC_SESSION_TYPE m_nSessionType = DISC_SESSION_CDDA_OR_CDROM; // what this track makes of its session
-    unsigned char m_nControl = 0;                                  // bits of DISC_CONTROL
+    unsigned char m_nControl = 0;                                  // bits of TRACK_CONTROL
     int m_nPregap = 0;                                             // PREGAP: sectors of silence that no file holds
     int m_nPostgap = 0;                                            // POSTGAP: likewise, at the end
     std::vector<CUE_INDEX> m_aryIndexes;                           // numbers rise by one; INDEX 01 is among them

@@ -149,14 +149,14 @@ void DiscBuilder::BeginTrack(DISC_TRACK track, DISC_SESSION_TYPE type, int nLine
     AddSilentSectors(DISC_FIRST_PREGAP_SECTORS);
 }
 
-bool DiscBuilder::Finish(const std::string& strSheetPath, SHEET_ERROR& error)
+std::unique_ptr<DiscImage> DiscBuilder::Finish(const std::string& strSheetPath, SHEET_ERROR& error)
 {
     PadToSector();
     if (m_nTooLongLine > 0)
     {
         error = {m_nTooLongLine, "the disc would be longer than " + FormatMSF(DISC_MAX_LBA + LY_CD_MSF_OFFSET) +
                                      ", which no disc can be; split the sheet into several discs"};
-        return false;
+        return nullptr;
     }
     m_Content.m_arySessions.back().m_nLeadOutLBA = GetLBA();
     std::vector<DISC_TRACK>& aryTracks = m_Content.m_aryTracks;
@@ -171,11 +171,11 @@ bool DiscBuilder::Finish(const std::string& strSheetPath, SHEET_ERROR& error)
             continue;
         error = {m_aryLines[n], "track " + std::to_string(track.m_nNumber) +
                                     " has no sectors, or an index behind its end; correct its times"};
-        return false;
+        return nullptr;
     }
     for (const SHEET_ERROR& warning : m_aryWarnings)
         m_Content.m_aryWarnings.push_back(FormatSheetError(strSheetPath, warning));
-    return true;
+    return std::make_unique<DiscImage>(std::move(m_Content));
 }
 
 std::vector<unsigned char> ParseCDTextFile(const std::string& strContent)

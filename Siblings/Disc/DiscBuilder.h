@@ -45,9 +45,9 @@ public:
     DISC_CONTENT& GetContent() { return m_Content; }
     void Warn(int nLine, std::string strText);
 
-    // Ends the last session and computes what follows from the layout. False when the disc cannot be: it is too long,
-    // or a track is empty. The sheet's path goes into the warnings.
-    bool Finish(const std::string& strSheetPath, SHEET_ERROR& error);
+    // Ends the last session, computes what follows from the layout, and hands the content over. Null when the disc
+    // cannot be: it is too long, or a track is empty. The sheet's path goes into the warnings.
+    std::unique_ptr<DiscImage> Finish(const std::string& strSheetPath, SHEET_ERROR& error);
 
 private:
     struct OPEN_SOURCE

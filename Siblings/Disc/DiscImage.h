@@ -8,11 +8,12 @@
 // Errors:  a null pointer and one English sentence from Open; a status and a count from ReadSectors.
 // Memory:  ReadSectors allocates nothing: sectors go from the file straight into the caller's buffer.
 // Threads: one at a time. Different images have nothing in common.
-// Sources: IEC 60908 (tracks, Q sub-channel), ECMA-130 (data sectors), MMC-3 (CONTROL, disc type, CD-Text packs).
+// Sources: IEC 60908 (tracks, Q sub-channel), ECMA-130 (data sectors), MMC-3 (disc type, CD-Text packs).
 
 #pragma once
 
 #include "CDUnits.h"
+#include "MMC.h"
 #include "SectorSource.h"
 #include <memory>
 #include <string>
@@ -28,15 +29,6 @@ enum DISC_TRACK_MODE : unsigned char
     DISC_MODE2_2324, // XA form 2, user data only
     DISC_MODE2_2336, // all behind the header: formless data, or XA subheader and data of either form
     DISC_MODE2_2352  // the whole sector
-};
-
-// Bits of the CONTROL nibble, as the Q sub-channel and the table of contents carry it (IEC 60908, 17.5; MMC-3).
-enum DISC_CONTROL : unsigned char
-{
-    DISC_CONTROL_PRE_EMPHASIS = 1,
-    DISC_CONTROL_COPY_PERMITTED = 2,
-    DISC_CONTROL_DATA = 4,
-    DISC_CONTROL_FOUR_CHANNELS = 8
 };
 
 // Kinds of session, as the A0 point of the raw table of contents carries them (MMC-3, "disc type").
@@ -78,12 +70,12 @@ struct DISC_TRACK
     int m_nStartLBA = 0;             // INDEX 01: the address in the table of contents
     int m_nSectors = 0;              // from INDEX 01 to the next track's INDEX 00 or the session's lead-out
     std::vector<int> m_aryIndexLBAs; // INDEX 02 and higher, ascending
-    unsigned char m_nControl = 0;    // bits of DISC_CONTROL
+    unsigned char m_nControl = 0;    // bits of TRACK_CONTROL
     DISC_TRACK_MODE m_nMode = DISC_AUDIO; // of every sector of the track
     std::string m_strISRC;                // 12 characters, or empty
     DISC_TEXT m_Text;
 
-    bool IsData() const { return (m_nControl & DISC_CONTROL_DATA) != 0; }
+    bool IsData() const { return (m_nControl & TRACK_CONTROL_DATA) != 0; }
     int GetEndLBA() const { return m_nStartLBA + m_nSectors; } // one past the last sector
 };
 

@@ -59,7 +59,7 @@ wchar_t* MakeSystemString(const std::string& strASCII)
 }
 } // namespace
 
-ImageDrive::ImageDrive(std::string strImagePath)
+ImageDrive::ImageDrive(const std::string& strImagePath)
     : ImageDrive(strImagePath,
                  [strImagePath](std::string& strError) { return DiscImage::Open(strImagePath, strError); })
 {

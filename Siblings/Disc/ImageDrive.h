@@ -51,7 +51,7 @@ public:
     // How the disc comes into the drive; null, with one sentence, if it cannot.
     using OPENER = std::function<std::unique_ptr<DiscImage>(std::string& strError)>;
 
-    explicit ImageDrive(std::string strImagePath);
+    explicit ImageDrive(const std::string& strImagePath);
     ImageDrive(std::string strName, OPENER open); // a disc of another making; the name is only for messages
 
     // Opens the image, if it is not open. False, with one sentence, if it cannot be.

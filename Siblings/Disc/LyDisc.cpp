@@ -14,7 +14,7 @@ public:
 
 CLyDiscApp theApp;
 std::mutex s_Mutex;
-std::unique_ptr<DiscManager> s_pManager LY_GUARDED_BY(s_Mutex);
+std::unique_ptr<DiscManager> s_pManager; // read and written under s_Mutex
 
 wchar_t* Ask(std::string (DiscManager::*pQuestion)(const wchar_t*), const wchar_t* pPath)
 {

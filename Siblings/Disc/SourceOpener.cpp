@@ -1,5 +1,6 @@
 #include "SourceOpener.h"
 
+#include "CDUnits.h"
 #include "PathResolve.h"
 #include "SheetText.h"
 #include <cstdio>

@@ -202,15 +202,15 @@ bool TocParser::ParseFlag(const std::string& strWord, bool& bKnown)
         strFlag = m_Lexer.Take().m_strText;
     unsigned char nBit = 0;
     if (strFlag == "COPY")
-        nBit = DISC_CONTROL_COPY_PERMITTED;
+        nBit = TRACK_CONTROL_COPY_PERMITTED;
     else if (strFlag == "PRE_EMPHASIS")
-        nBit = DISC_CONTROL_PRE_EMPHASIS;
+        nBit = TRACK_CONTROL_PRE_EMPHASIS;
     else if (bOff)
         return Fail("NO is followed by " + QuoteWord(strFlag) + "; only COPY and PRE_EMPHASIS can be denied");
     else if (strFlag == "TWO_CHANNEL_AUDIO" || strFlag == "FOUR_CHANNEL_AUDIO")
     {
         bOff = strFlag == "TWO_CHANNEL_AUDIO";
-        nBit = DISC_CONTROL_FOUR_CHANNELS;
+        nBit = TRACK_CONTROL_FOUR_CHANNELS;
     }
     else if (strFlag == "ISRC")
         return ParseISRC();
@@ -219,7 +219,7 @@ bool TocParser::ParseFlag(const std::string& strWord, bool& bKnown)
     else
         bKnown = false;
     // Channels and pre-emphasis are matters of sound: on a data track their bits mean something else.
-    if (GetTrack().m_nMode != DISC_AUDIO && nBit != DISC_CONTROL_COPY_PERMITTED)
+    if (GetTrack().m_nMode != DISC_AUDIO && nBit != TRACK_CONTROL_COPY_PERMITTED)
         nBit = 0;
     unsigned char& nControl = GetTrack().m_nControl;
     nControl = static_cast<unsigned char>(bOff ? nControl & ~nBit : nControl | nBit);
@@ -258,7 +258,7 @@ bool TocParser::ParseTrack()
     if (m_Sheet.m_nFirstTrack + static_cast<int>(m_Sheet.m_aryTracks.size()) > LY_CD_MAX_TRACKS)
         return Fail("there are tracks beyond number 99; split the file into several discs");
     track.m_nMode = pMode->m_nMode;
-    track.m_nControl = pMode->m_nMode == DISC_AUDIO ? 0 : DISC_CONTROL_DATA;
+    track.m_nControl = pMode->m_nMode == DISC_AUDIO ? 0 : TRACK_CONTROL_DATA;
     m_Sheet.m_aryTracks.push_back(std::move(track));
     return true;
 }

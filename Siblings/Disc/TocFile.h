@@ -40,7 +40,7 @@ struct TOC_PIECE
 struct TOC_TRACK
 {
     DISC_TRACK_MODE m_nMode = DISC_AUDIO;
-    unsigned char m_nControl = 0; // bits of DISC_CONTROL
+    unsigned char m_nControl = 0; // bits of TRACK_CONTROL
     std::string m_strISRC;
     DISC_TEXT m_Text;
     std::vector<TOC_PIECE> m_aryPieces; // one at least

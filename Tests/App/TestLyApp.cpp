@@ -156,11 +156,12 @@ TEST(LyApp, StubsAnswerThroughTheirSlots)
     EXPECT_FALSE((CallSlot<bool>(pApp, 13)));                          // OnOpenFiles
     for (const int nSlot : {14, 16, 17, 18}) // CreateMacMenu, OnMediaServer..., OnUSBDeviceChange
         (void)CallSlot<int>(pApp, nSlot);
-    (void)CallSlot<int, int, void*>(pApp, 15, 1, nullptr); // MacMenuClick
-    EXPECT_TRUE((CallSlot<bool>(pApp, 19)));               // GetShowPlatformCrashDialog
-    EXPECT_TRUE((CallSlot<bool>(pApp, 20)));               // LoadProductInfo
-    EXPECT_TRUE((CallSlot<bool>(pApp, 21)));               // InitializePlatform
-    (void)CallSlot<int>(pApp, 22);                         // UninitializePlatform
+    LyPoint point;
+    (void)CallSlot<int, int, LyPoint*>(pApp, 15, 1, &point); // MacMenuClick
+    EXPECT_TRUE((CallSlot<bool>(pApp, 19)));                 // GetShowPlatformCrashDialog
+    EXPECT_TRUE((CallSlot<bool>(pApp, 20)));                 // LoadProductInfo
+    EXPECT_TRUE((CallSlot<bool>(pApp, 21)));                 // InitializePlatform
+    (void)CallSlot<int>(pApp, 22);                           // UninitializePlatform
 }
 
 TEST(LyDllApp, StartAnswersWhatTheProductInformationAnswers)

@@ -3,11 +3,11 @@
 #pragma once
 
 #include "CDUnits.h"
+#include "TempFolder.h"
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <string>
 #include <unistd.h>
@@ -49,37 +49,15 @@ inline testing::AssertionResult SameBytes(const std::string& strWanted, const st
                                        << "); wanted " << strWanted.size() << " bytes, got " << strGot.size();
 }
 
-// A folder of its own, readable for everybody, gone with the object.
-class DiscFolder
+// A folder for one test that speaks of paths.
+class DiscFolder : public TempFolder
 {
 public:
-    DiscFolder()
-    {
-        char szName[] = "/tmp/RondelDiscXXXXXX";
-        if (mkdtemp(szName) == nullptr)
-            abort();
-        m_Path = szName;
-        std::filesystem::permissions(m_Path, std::filesystem::perms(0755));
-    }
-    ~DiscFolder()
-    {
-        std::error_code error;
-        std::filesystem::remove_all(m_Path, error);
-    }
-    DiscFolder(const DiscFolder&) = delete;
-    DiscFolder& operator=(const DiscFolder&) = delete;
-
+    std::filesystem::path Get(const std::filesystem::path& name) const { return GetPath(name.string()); }
     std::filesystem::path Write(const std::filesystem::path& name, const std::string& strContent) const
     {
-        std::filesystem::create_directories((m_Path / name).parent_path());
-        std::ofstream stream(m_Path / name, std::ios::binary);
-        stream.write(strContent.data(), static_cast<std::streamsize>(strContent.size()));
-        return m_Path / name;
+        return TempFolder::Write(name.string(), strContent);
     }
-    std::filesystem::path Get(const std::filesystem::path& name) const { return m_Path / name; }
-
-private:
-    std::filesystem::path m_Path;
 };
 
 // "mm:ss:ff" as sheets have it.

@@ -3,6 +3,7 @@
 
 #include "PlayerDisc.h"
 #include "PluginAsPlayer.h"
+#include <atomic>
 #include <climits>
 #include <thread>
 
@@ -221,16 +222,40 @@ TEST_F(PluginTest, TwoSourcesPlayAtOnceOnTwoThreads)
     const auto a = m_Folder.Write("a.cue", "FILE \"a.bin\" BINARY\nTRACK 01 AUDIO\nINDEX 01 00:00:00\n"
                                            "TRACK 02 AUDIO\nINDEX 01 00:13:25\n");
     const auto b = m_Folder.Write("b.cue", "FILE \"b.bin\" BINARY\nTRACK 01 AUDIO\nINDEX 01 00:00:00\n");
+    PlayerSource arySources[] = {m_Plugin.GetSource(), m_Plugin.GetSource(), m_Plugin.GetSource()};
+    ASSERT_EQ(0, arySources[0].Open(a, 1) + arySources[1].Open(a, 2) + arySources[2].Open(b, 1));
     std::string aryPlayed[3];
-    std::thread aryThreads[] = {std::thread([&] { aryPlayed[0] = PlayTrack(a, 1, 5000); }),
-                                std::thread([&] { aryPlayed[1] = PlayTrack(a, 2, 3000); }),
-                                std::thread([&] { aryPlayed[2] = PlayTrack(b, 1, 7000); })};
+    std::thread aryThreads[] = {std::thread([&] { aryPlayed[0] = arySources[0].Pull(LLONG_MAX, 5000); }),
+                                std::thread([&] { aryPlayed[1] = arySources[1].Pull(LLONG_MAX, 3000); }),
+                                std::thread([&] { aryPlayed[2] = arySources[2].Pull(LLONG_MAX, 7000); })};
     for (std::thread& thread : aryThreads)
         thread.join();
     EXPECT_TRUE(SameBytes(MakePattern(0, GetPlayedBytes(1000)), aryPlayed[0]));
     EXPECT_TRUE(SameBytes(MakePattern(1000 * 2352, GetPlayedBytes(1000)), aryPlayed[1]));
     EXPECT_TRUE(SameBytes(MakePattern(5000 * 2352, GetPlayedBytes(2000)), aryPlayed[2]));
 }
+
+#if !defined(__SANITIZE_THREAD__)
+// Making a source applies the user's locale. The C library has a lock for that, which the thread sanitizer cannot see.
+TEST_F(PluginTest, SourcesAreMadeOpenedAndDestroyedOnSeveralThreadsAtOnce)
+{
+    (void)m_Folder.Write("a.bin", MakePatternSectors(0, 100));
+    const auto cue = m_Folder.Write("a.cue", ONE_TRACK_SHEET);
+    const std::string strTrack = MakePattern(0, GetPlayedBytes(100));
+    std::atomic<int> nGood{0};
+    std::vector<std::thread> aryThreads;
+    for (int nThread = 0; nThread < 4; ++nThread)
+        aryThreads.emplace_back(
+            [&]
+            {
+                for (int n = 0; n < 10; ++n)
+                    nGood += PlayTrack(cue, 1) == strTrack;
+            });
+    for (std::thread& thread : aryThreads)
+        thread.join();
+    EXPECT_EQ(40, nGood);
+}
+#endif
 
 TEST_F(PluginTest, NamesOfAllKindsOpen)
 {

@@ -183,7 +183,7 @@ TEST_F(PluginLifecycle, PlayingInRealTimeTakesLittleProcessorTime)
             EXPECT_EQ(LY_CD_SECOND_BYTES / 20U, source.Pull(LY_CD_SECOND_BYTES / 20).size());
             std::this_thread::sleep_for(50ms);
         }
-        const double fShare = (GetProcessorSeconds() - fBefore) / (STEPS / 20);
+        const double fShare = (GetProcessorSeconds() - fBefore) / (STEPS / 20.0);
         RecordProperty("ProcessorPercentOfOneCore", std::to_string(fShare * 100));
         if (!SANITIZED)
         {

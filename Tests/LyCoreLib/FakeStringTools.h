@@ -3,9 +3,8 @@
 
 #pragma once
 
-#include "ILyTools.h"
 #include "IStringHelper.h"
-#include "LySharedToolsHelper.h"
+#include "StandInTools.h"
 #include <algorithm>
 #include <cwctype>
 #include <string>
@@ -38,47 +37,10 @@ private:
     }
 };
 
-class FakeStringTools final : public ILyTools
+class FakeStringTools final : public StandInTools
 {
 public:
-    FakeStringTools() { g_LySharedToolsHelper.m_pTools = this; }
-    ~FakeStringTools() { g_LySharedToolsHelper.m_pTools = nullptr; }
-    FakeStringTools(const FakeStringTools&) = delete;
-    FakeStringTools& operator=(const FakeStringTools&) = delete;
-
     IStringHelper* GetStringHelper(bool) override { return &m_Helper; }
 
     FakeStringHelper m_Helper;
-
-private:
-    void Attach(long long, HINSTANCE__*) override {}
-    void Detach(long long, HINSTANCE__*) override {}
-    void Reserved3() override {}
-    void NotifyUnload(void*) override {}
-    void Reserved5() override {}
-    void Reserved7() override {}
-    ITranslator* GetTranslator(bool) override { return nullptr; }
-    void Reserved9() override {}
-    IProductInfo* GetProductInfo(bool) override { return nullptr; }
-    ILogManager* GetLogManager(bool) override { return nullptr; }
-    ILyMessageBox* GetLyMessageBoxHelper(bool) override { return nullptr; }
-    void Reserved13() override {}
-    void Reserved14() override {}
-    void Reserved15() override {}
-    IMainThreadMessageManager* GetMainThreadMessageManager(bool) override { return nullptr; }
-    IDateTimeHelper* GetDateTimeHelper(bool) override { return nullptr; }
-    void Reserved18() override {}
-    IFileSystemManager* GetFileSystemManager(bool) override { return nullptr; }
-    void Reserved20() override {}
-    ISystemPowerManager* GetSystemPowerManager(bool) override { return nullptr; }
-    void Reserved22() override {}
-    IOptionsHelper* CreateOptionsHelper(const wchar_t*, bool) override { return nullptr; }
-    void Reserved24() override {}
-    void Reserved25() override {}
-    void Reserved26() override {}
-    IZLib* CreateZLib() override { return nullptr; }
-    void Reserved28() override {}
-    void Reserved29() override {}
-    void Reserved30() override {}
-    void UpdateOptionsHelperTokenReplacer() override {}
 };

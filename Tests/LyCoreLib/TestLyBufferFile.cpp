@@ -1,8 +1,8 @@
 #include "IFileSystemManager.h"
 #include "LyBuffer.h"
 #include "LyFile.h"
+#include "LyTempFolder.h"
 #include "StandInTools.h"
-#include "TempFolder.h"
 #include <climits>
 #include <gtest/gtest.h>
 #include <string>
@@ -33,7 +33,7 @@ protected:
         return std::string(aryText, nRead);
     }
 
-    TempFolder m_Folder;
+    LyTempFolder m_Folder;
     FileTools m_Tools;
     LyBuffer m_Buffer;
 };
@@ -95,7 +95,7 @@ TEST_F(LyBufferToFile, FolderThatCannotBeMadeIsFalse)
 
 TEST(LyBufferToFileAlone, WithoutAFileSystemManagerNothingIsWritten)
 {
-    TempFolder folder;
+    LyTempFolder folder;
     LyBuffer buffer;
     buffer.FromBuffer("abc", 3);
     EXPECT_FALSE(buffer.ToFile(folder.GetName(L"a")));

@@ -1,5 +1,5 @@
 #include "LyFile.h"
-#include "TempFolder.h"
+#include "LyTempFolder.h"
 #include <cerrno>
 #include <climits>
 #include <cstdarg>
@@ -63,7 +63,7 @@ protected:
         return std::string(aryText, nRead);
     }
 
-    TempFolder m_Folder;
+    LyTempFolder m_Folder;
 };
 
 // What the work returns in a process of its own.

@@ -1,8 +1,7 @@
 // Searching without regard to case: by the service of the tools library, and without it.
 
-#include "ILyTools.h"
 #include "IStringHelper.h"
-#include "LySharedToolsHelper.h"
+#include "StandInTools.h"
 #include "StringTestSupport.h"
 #include <climits>
 #include <gtest/gtest.h>
@@ -31,14 +30,9 @@ public:
 };
 
 // A tools library that has the string helper and nothing else.
-class FakeTools final : public ILyTools
+class FakeTools final : public StandInTools
 {
 public:
-    FakeTools() { g_LySharedToolsHelper.m_pTools = this; }
-    ~FakeTools() { g_LySharedToolsHelper.m_pTools = nullptr; }
-    FakeTools(const FakeTools&) = delete;
-    FakeTools& operator=(const FakeTools&) = delete;
-
     IStringHelper* GetStringHelper(bool bCreate) override
     {
         m_bCreate = bCreate;
@@ -47,38 +41,6 @@ public:
 
     FakeStringHelper m_Helper;
     bool m_bCreate = false;
-
-private:
-    void Attach(long long, HINSTANCE__*) override {}
-    void Detach(long long, HINSTANCE__*) override {}
-    void Reserved3() override {}
-    void NotifyUnload(void*) override {}
-    void Reserved5() override {}
-    void Reserved7() override {}
-    ITranslator* GetTranslator(bool) override { return nullptr; }
-    void Reserved9() override {}
-    IProductInfo* GetProductInfo(bool) override { return nullptr; }
-    ILogManager* GetLogManager(bool) override { return nullptr; }
-    ILyMessageBox* GetLyMessageBoxHelper(bool) override { return nullptr; }
-    void Reserved13() override {}
-    void Reserved14() override {}
-    void Reserved15() override {}
-    IMainThreadMessageManager* GetMainThreadMessageManager(bool) override { return nullptr; }
-    IDateTimeHelper* GetDateTimeHelper(bool) override { return nullptr; }
-    void Reserved18() override {}
-    IFileSystemManager* GetFileSystemManager(bool) override { return nullptr; }
-    void Reserved20() override {}
-    ISystemPowerManager* GetSystemPowerManager(bool) override { return nullptr; }
-    void Reserved22() override {}
-    IOptionsHelper* CreateOptionsHelper(const wchar_t*, bool) override { return nullptr; }
-    void Reserved24() override {}
-    void Reserved25() override {}
-    void Reserved26() override {}
-    IZLib* CreateZLib() override { return nullptr; }
-    void Reserved28() override {}
-    void Reserved29() override {}
-    void Reserved30() override {}
-    void UpdateOptionsHelperTokenReplacer() override {}
 };
 } // namespace
 

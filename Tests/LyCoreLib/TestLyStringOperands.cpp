@@ -2,8 +2,8 @@
 
 #include "LyString.h"
 #include "LyStringFormat.h"
+#include "StringTestSupport.h"
 #include <gtest/gtest.h>
-#include <string>
 
 namespace
 {
@@ -20,8 +20,6 @@ public:
 private:
     LyXString m_Text;
 };
-
-std::wstring Contents(const LyString& str) { return {str, static_cast<size_t>(str.GetLength())}; }
 } // namespace
 
 TEST(LyStringOperands, TextIsComparedOnEitherSide)

@@ -62,7 +62,7 @@ TEST(LyStringHtmlify, EscapesControlCharactersByFlags)
     EXPECT_EQ(Html(std::wstring(1, -5), 16), std::wstring(1, -5));
 }
 
-TEST(LyStringHtmlify, WithNothingToDoTheStringStaysShared)
+TEST(LyStringHtmlify, WithNothingToChangeTheStringStaysShared)
 {
     LyString str(L"plain 'text' \"here\"\t\x01");
     LyString strCopy(str);
@@ -146,7 +146,7 @@ TEST(LyStringDehexify, TopBitsMakeItUTF8)
     EXPECT_EQ(Dehex(L"%7F"), L"\x7F");
 }
 
-TEST(LyStringDehexify, WithNothingToDoTheStringStaysShared)
+TEST(LyStringDehexify, WithNothingToChangeTheStringStaysShared)
 {
     LyString str(L"a+b%x");
     LyString strCopy(str);

@@ -235,6 +235,18 @@ struct MATCH_CASE
     bool bMatch;
 };
 
+TEST(MarkupTokenPos, StartsOnAnEmptyDocumentIgnoringCase)
+{
+    CMarkup::TokenPos token;
+    EXPECT_EQ(0, token.GetLength());
+    EXPECT_EQ(MARKUP_IGNORE_CASE, token.m_nTokenFlags);
+    EXPECT_FALSE(CMarkup::x_FindName(token));
+    EXPECT_FALSE(CMarkup::x_FindAttrib(token, L"a"));
+    CMarkup::TokenPos null(nullptr);
+    EXPECT_FALSE(CMarkup::x_FindAttrib(null, L"a"));
+    EXPECT_EQ(0, CMarkup::x_GetToken(null).GetLength());
+}
+
 TEST(MarkupTokenPos, MatchesANameThatEnds)
 {
     const MATCH_CASE aryCases[] = {{L"ab", true},   {L"AB", true},   {L"ab c", true}, {L"ab=1", true},

@@ -10,6 +10,7 @@
 #include <malloc.h>
 #include <string>
 #include <sys/mman.h>
+#include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
 #include <vector>
@@ -209,6 +210,18 @@ TEST_F(ProcessInfoTest, BlockOfAnEarlierProcessOfThisNumberIsReadSafely)
     process.SetApplicationDataPathToDefault();
     process.GetDefaultProcessInformation();
     EXPECT_TRUE(process.GetInstallPath() == Wide(GetProgramFolder()));
+}
+
+TEST_F(ProcessInfoTest, BlockThatIsOlderThanTheProcessIsReplaced)
+{
+    RawBlock stale(RawBlock::SIZE, true);
+    ASSERT_TRUE(stale.GetIsThere());
+    stale.At<int>(0) = 1;
+    stale.At<wchar_t>(3088) = L'x'; // a shared library path of that process
+    const timespec aryLongAgo[] = {{1000000000, 0}, {1000000000, 0}};
+    ASSERT_EQ(0, utimensat(AT_FDCWD, ("/dev/shm" + GetBlockName()).c_str(), aryLongAgo, 0));
+    CProcessInfo process;
+    EXPECT_TRUE(process.GetSharedLibraryPath() == Wide(GetProgramFolder()));
 }
 
 TEST_F(ProcessInfoTest, BlockLeftWithoutSizeIsReplaced)

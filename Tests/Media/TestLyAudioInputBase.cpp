@@ -1,5 +1,6 @@
 #include "LyAudioInputBase.h"
 #include "LyCoreLib/RawTable.h"
+#include <algorithm>
 #include <cstring>
 #include <gtest/gtest.h>
 #include <numeric>
@@ -234,6 +235,20 @@ TEST(AudioInputOpen, AReaderThatDoesNotOpenStaysUntilTheObjectGoes)
         EXPECT_EQ(L"Open", aryCalls.back());
     }
     EXPECT_EQ(L"destroyed", aryCalls.back());
+}
+
+TEST(AudioInputOpen, ASecondOpenDestroysTheFirstReader)
+{
+    std::vector<std::wstring> aryCalls;
+    FakeOwner owner;
+    LyAudioInputBase input(&owner);
+    owner.m_pReader = new FakeReader(aryCalls);
+    ASSERT_EQ(0, input.Open(L"first"));
+    aryCalls.clear();
+    owner.m_pReader = new FakeReader(aryCalls);
+    EXPECT_EQ(0, input.Open(L"second"));
+    EXPECT_EQ(L"destroyed", aryCalls.front());
+    EXPECT_EQ(1, std::count(aryCalls.begin(), aryCalls.end(), L"destroyed"));
 }
 
 TEST(AudioInputCommand, OnlyCloseReaderIsServedAndOnlyIfTheReaderCanClose)

@@ -289,6 +289,20 @@ TEST_F(MemReaderTest, StopWaitsForTheReadInProgressAndTheDestructorIsSafeAfterIt
     opener.join();
 }
 
+TEST_F(MemReaderTest, AReaderThatRunsLeavesItsTrackForTheNextOne)
+{
+    CMemReader reader;
+    Start(reader, 1);
+    std::vector<char> aryBytes(REQUEST_BYTES);
+    ASSERT_EQ(REQUEST_BYTES, reader.read(REQUEST_BYTES, aryBytes.data()));
+    Start(reader, 2);
+    aryBytes.resize(LY_CD_SECTOR_BYTES);
+    ASSERT_EQ(LY_CD_SECTOR_BYTES, reader.read(LY_CD_SECTOR_BYTES, aryBytes.data()));
+    EXPECT_TRUE(IsPattern(aryBytes, FakeDisc::TRACK_SECTORS));
+    EXPECT_EQ(2, reader.m_nTrack);
+    EXPECT_TRUE(reader.GetRunning());
+}
+
 TEST_F(MemReaderTest, MessagesAreAnsweredTrue)
 {
     CMemReader reader;

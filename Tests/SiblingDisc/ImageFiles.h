@@ -4,6 +4,7 @@
 
 #include "CDUnits.h"
 #include "SectorSource.h"
+#include "TempFolder.h"
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
@@ -15,39 +16,6 @@
 #include <string>
 #include <utility>
 #include <vector>
-
-// A folder of its own for each test, gone with the object.
-class TempFolder
-{
-public:
-    TempFolder()
-    {
-        char szName[] = "/tmp/DiscImageTestXXXXXX";
-        m_strPath = mkdtemp(szName) != nullptr ? szName : "";
-    }
-    ~TempFolder()
-    {
-        std::error_code ignored;
-        if (!m_strPath.empty())
-            std::filesystem::remove_all(m_strPath, ignored);
-    }
-    TempFolder(const TempFolder&) = delete;
-    TempFolder& operator=(const TempFolder&) = delete;
-
-    const std::string& GetPath() const { return m_strPath; }
-    std::string GetPath(const std::string& strName) const { return m_strPath + "/" + strName; }
-
-    std::string Write(const std::string& strName, const std::string& strContent) const
-    {
-        std::filesystem::create_directories(std::filesystem::path(GetPath(strName)).parent_path());
-        std::ofstream(GetPath(strName), std::ios::binary)
-            .write(strContent.data(), static_cast<std::streamsize>(strContent.size()));
-        return GetPath(strName);
-    }
-
-private:
-    std::string m_strPath;
-};
 
 // Samples by which every frame of a track is known: left counts up from nFirst, right counts down from -1.
 inline std::vector<short> MakeFrames(int nFrames, int nFirst = 1)

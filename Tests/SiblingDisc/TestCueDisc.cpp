@@ -62,7 +62,7 @@ TEST_F(CueDisc, OneBinSeveralTracks)
     EXPECT_EQ("Album", pImage->GetText().m_strTitle);
     EXPECT_EQ("One", pImage->FindTrack(1)->m_Text.m_strTitle);
     EXPECT_EQ("USS1Z9900001", pImage->FindTrack(1)->m_strISRC);
-    EXPECT_EQ(DISC_CONTROL_PRE_EMPHASIS, pImage->FindTrack(1)->m_nControl);
+    EXPECT_EQ(TRACK_CONTROL_PRE_EMPHASIS, pImage->FindTrack(1)->m_nControl);
     ASSERT_EQ(1u, pImage->GetSessions().size());
     EXPECT_EQ(1, pImage->GetSessions()[0].m_nFirstTrack);
     EXPECT_EQ(2, pImage->GetSessions()[0].m_nLastTrack);

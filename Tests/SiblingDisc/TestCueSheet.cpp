@@ -58,7 +58,7 @@ TEST(CueSheet, ReadsACompleteSheet)
     EXPECT_EQ("C", one.m_Text.m_strComposer);
     EXPECT_EQ("A", one.m_Text.m_strArranger);
     EXPECT_EQ("M", one.m_Text.m_strMessage);
-    EXPECT_EQ(DISC_CONTROL_COPY_PERMITTED | DISC_CONTROL_PRE_EMPHASIS | DISC_CONTROL_FOUR_CHANNELS, one.m_nControl);
+    EXPECT_EQ(TRACK_CONTROL_COPY_PERMITTED | TRACK_CONTROL_PRE_EMPHASIS | TRACK_CONTROL_FOUR_CHANNELS, one.m_nControl);
     EXPECT_EQ("USS1Z9900001", one.m_strISRC);
     EXPECT_EQ(150, one.m_nPregap);
     EXPECT_EQ(75, one.m_nPostgap);
@@ -67,7 +67,7 @@ TEST(CueSheet, ReadsACompleteSheet)
     EXPECT_EQ(4500, one.m_aryIndexes[1].m_nSector);
     const CUE_TRACK& two = sheet.m_aryTracks[1];
     EXPECT_EQ(DISC_MODE1_2352, two.m_nMode);
-    EXPECT_EQ(DISC_CONTROL_DATA, two.m_nControl);
+    EXPECT_EQ(TRACK_CONTROL_DATA, two.m_nControl);
     ASSERT_EQ(2u, two.m_aryIndexes.size());
     EXPECT_EQ(0, two.m_aryIndexes[0].m_nNumber);
     EXPECT_EQ(13510, two.m_aryIndexes[0].m_nSector);
@@ -91,7 +91,7 @@ TEST(CueSheet, CommandsAreTakenInAnyCase)
 {
     CUE_SHEET sheet = Parse("file \"a.bin\" binary\ntrack 1 audio\nflags dcp\nindex 1 0:0:0\n");
     EXPECT_EQ(SECTOR_SOURCE_RAW, sheet.m_aryFiles[0].m_nKind);
-    EXPECT_EQ(DISC_CONTROL_COPY_PERMITTED, sheet.m_aryTracks[0].m_nControl);
+    EXPECT_EQ(TRACK_CONTROL_COPY_PERMITTED, sheet.m_aryTracks[0].m_nControl);
 }
 
 struct FILE_CASE
@@ -165,14 +165,14 @@ TEST(CueSheet, TrackModes)
         CUE_SHEET sheet = Parse(FILE_LINE + "TRACK 01 " + row.m_pMode + "\nINDEX 01 00:00:00\n");
         EXPECT_EQ(row.m_nMode, sheet.m_aryTracks[0].m_nMode) << row.m_pMode;
         EXPECT_EQ(row.m_nType, sheet.m_aryTracks[0].m_nSessionType) << row.m_pMode;
-        EXPECT_EQ(row.m_nMode == DISC_AUDIO ? 0 : DISC_CONTROL_DATA, sheet.m_aryTracks[0].m_nControl) << row.m_pMode;
+        EXPECT_EQ(row.m_nMode == DISC_AUDIO ? 0 : TRACK_CONTROL_DATA, sheet.m_aryTracks[0].m_nControl) << row.m_pMode;
     }
 }
 
 TEST(CueSheet, SoundFlagsDoNotReachADataTrack)
 {
     CUE_SHEET sheet = Parse(FILE_LINE + "TRACK 01 MODE1/2352\nFLAGS DATA DCP PRE 4CH\nINDEX 01 00:00:00\n");
-    EXPECT_EQ(DISC_CONTROL_DATA | DISC_CONTROL_COPY_PERMITTED, sheet.m_aryTracks[0].m_nControl);
+    EXPECT_EQ(TRACK_CONTROL_DATA | TRACK_CONTROL_COPY_PERMITTED, sheet.m_aryTracks[0].m_nControl);
     EXPECT_TRUE(sheet.m_aryWarnings.empty());
 }
 
@@ -243,7 +243,7 @@ TEST(CueSheet, DecorationsThatAreWrongAreLeftOutWithAWarning)
                             "ISRC nonsense\nFLAGS LOUD DCP\n");
     EXPECT_EQ("", sheet.m_strMCN);
     EXPECT_EQ("", sheet.m_aryTracks[0].m_strISRC);
-    EXPECT_EQ(DISC_CONTROL_COPY_PERMITTED, sheet.m_aryTracks[0].m_nControl);
+    EXPECT_EQ(TRACK_CONTROL_COPY_PERMITTED, sheet.m_aryTracks[0].m_nControl);
     std::vector<int> aryLines;
     for (const SHEET_ERROR& warning : sheet.m_aryWarnings)
         aryLines.push_back(warning.m_nLine);

@@ -21,7 +21,7 @@ protected:
         DISC_CONTENT content;
         content.m_aryTracks = {Track(3, 1, -150, 0, 10), Track(4, 1, 10, 12, 18), Track(5, 2, 130, 130, 5)};
         content.m_aryTracks[1].m_aryIndexLBAs = {20, 25};
-        content.m_aryTracks[2].m_nControl = DISC_CONTROL_DATA;
+        content.m_aryTracks[2].m_nControl = TRACK_CONTROL_DATA;
         content.m_aryTracks[2].m_nMode = dataMode;
         content.m_arySessions = {{1, 3, 4, 30, DISC_SESSION_CDDA_OR_CDROM}, {2, 5, 5, 135, DISC_SESSION_CDROM_XA}};
         int nStored = GetStoredBytes(dataMode);

@@ -108,8 +108,8 @@ TEST_F(TocDisc, MixedModeWithPostGapAndFlags)
     ASSERT_TRUE(pImage) << m_Error.m_strText;
     ExpectTrack(*pImage, 1, -150, 0, 30);
     ExpectTrack(*pImage, 2, 30, 180, 30);
-    EXPECT_EQ(DISC_CONTROL_DATA | DISC_CONTROL_COPY_PERMITTED, pImage->FindTrack(1)->m_nControl);
-    EXPECT_EQ(DISC_CONTROL_PRE_EMPHASIS, pImage->FindTrack(2)->m_nControl);
+    EXPECT_EQ(TRACK_CONTROL_DATA | TRACK_CONTROL_COPY_PERMITTED, pImage->FindTrack(1)->m_nControl);
+    EXPECT_EQ(TRACK_CONTROL_PRE_EMPHASIS, pImage->FindTrack(2)->m_nControl);
     std::string strSectors = Read(*pImage, 19, 2);
     EXPECT_EQ(std::string(2048, '\x14'), strSectors.substr(16, 2048));
     EXPECT_EQ(std::string(2048, '\0'), strSectors.substr(SECTOR + 16, 2048)); // the post-gap: an empty sector ...

@@ -107,7 +107,7 @@ TEST(TocFile, ReadsACompleteFile)
     ASSERT_EQ(2u, sheet.m_aryTracks.size());
     const TOC_TRACK& one = sheet.m_aryTracks[0];
     EXPECT_EQ(DISC_AUDIO, one.m_nMode);
-    EXPECT_EQ(DISC_CONTROL_COPY_PERMITTED | DISC_CONTROL_PRE_EMPHASIS | DISC_CONTROL_FOUR_CHANNELS, one.m_nControl);
+    EXPECT_EQ(TRACK_CONTROL_COPY_PERMITTED | TRACK_CONTROL_PRE_EMPHASIS | TRACK_CONTROL_FOUR_CHANNELS, one.m_nControl);
     EXPECT_EQ("USS1Z9900001", one.m_strISRC);
     EXPECT_EQ("One", one.m_Text.m_strTitle);
     EXPECT_EQ("S", one.m_Text.m_strSongwriter);
@@ -130,7 +130,7 @@ TEST(TocFile, ReadsACompleteFile)
     EXPECT_EQ(0, one.m_aryPieces[2].m_Length.m_nValue);
     const TOC_TRACK& two = sheet.m_aryTracks[1];
     EXPECT_EQ(DISC_MODE2_2336, two.m_nMode);
-    EXPECT_EQ(DISC_CONTROL_DATA, two.m_nControl);
+    EXPECT_EQ(TRACK_CONTROL_DATA, two.m_nControl);
     ASSERT_EQ(2u, two.m_aryPieces.size());
     EXPECT_EQ(TOC_PIECE_DATA, two.m_aryPieces[1].m_nType);
     EXPECT_EQ(100, two.m_aryPieces[1].m_nByteOffset);
@@ -157,7 +157,7 @@ TEST(TocFile, FlagsCanBeTakenBack)
 
 TEST(TocFile, SoundFlagsDoNotReachADataTrack)
 {
-    EXPECT_EQ(DISC_CONTROL_DATA | DISC_CONTROL_COPY_PERMITTED,
+    EXPECT_EQ(TRACK_CONTROL_DATA | TRACK_CONTROL_COPY_PERMITTED,
               Parse("TRACK MODE1\nCOPY\nPRE_EMPHASIS\nFOUR_CHANNEL_AUDIO\nDATAFILE \"a\"\n").m_aryTracks[0].m_nControl);
 }
 
