@@ -152,7 +152,8 @@ int GetPackCount(const std::vector<std::string>& aryTexts)
     return static_cast<int>((nBytes + PACK_TEXT_BYTES - 1) / PACK_TEXT_BYTES);
 }
 
-// Cuts the longest texts until all fit into the given number of packs.
+// Cuts the longest texts until all fit into the given number of packs, or none is longer than one character: an empty
+// text between others would give the later ones to the wrong tracks.
 void CutToFit(std::vector<std::string>& aryTexts, int nPacks)
 {
     while (GetPackCount(aryTexts) > nPacks)
@@ -160,7 +161,7 @@ void CutToFit(std::vector<std::string>& aryTexts, int nPacks)
         auto pLongest =
             std::max_element(aryTexts.begin(), aryTexts.end(),
                              [](const std::string& a, const std::string& b) { return a.size() < b.size(); });
-        if (pLongest->empty())
+        if (pLongest->size() <= 1)
             return;
         pLongest->resize(pLongest->size() - std::max<size_t>(1, pLongest->size() / PACK_TEXT_BYTES));
     }

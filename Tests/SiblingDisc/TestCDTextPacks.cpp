@@ -133,6 +133,22 @@ TEST(CDTextPacks, TooMuchTextIsCutToOneBlock)
     EXPECT_EQ(100U, GetStrings(packs, 0x80).size()); // every title keeps its beginning
 }
 
+TEST(CDTextPacks, TextsForWhichNoRoomIsLeftAreLeftOutTogether)
+{
+    // The titles fill 250 packs of the 252 that a block has for texts: 20 times 150 bytes with their NULs. What is
+    // left, 24 bytes, is too little for 20 performers of one character each.
+    DISC_CONTENT content = MakeContent(std::vector<std::string>(19, std::string(149, 'x')));
+    content.m_Text.m_strTitle = std::string(149, 'd');
+    for (DISC_TRACK& track : content.m_aryTracks)
+        track.m_Text.m_strPerformer = "Somebody";
+    content.m_Text.m_strPerformer = "Band";
+    const DiscImage image(std::move(content));
+    const Bytes packs = MakeCDTextPacks(image);
+    EXPECT_EQ(253U, packs.size() / 18);
+    EXPECT_EQ(std::string(149, 'x'), GetStrings(packs, 0x80)[19]);
+    EXPECT_TRUE(GetStrings(packs, 0x81).empty());
+}
+
 TEST(CDTextPacks, PacksThatTheImageBroughtGoOutUnchanged)
 {
     DISC_CONTENT content = MakeContent({"One"});
