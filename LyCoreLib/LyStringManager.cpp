@@ -20,6 +20,7 @@ namespace
 alignas(LyStringGlobals) unsigned char s_ManagerStorage[sizeof(LyStringGlobals)];
 alignas(LyStringBuffer) unsigned char s_EmptyStorage[sizeof(LyStringBuffer)];
 pthread_mutex_t s_CreationMutex = PTHREAD_MUTEX_INITIALIZER;
+pthread_mutex_t s_LocaleMutex = PTHREAD_MUTEX_INITIALIZER;
 
 LyStringGlobals::Loader s_Loader;
 
@@ -254,9 +255,12 @@ wchar_t* LyStringGlobals::NewLyStringBuffer()
 
 void LyStringGlobals::SetLocale(bool bApplyUserLocale)
 {
+    // Several sources may be made at once, and each applies the locale anew.
+    pthread_mutex_lock(&s_LocaleMutex);
     if (bApplyUserLocale)
         std::setlocale(LC_ALL, "");
     GetGlobals().FillCharacterTables();
+    pthread_mutex_unlock(&s_LocaleMutex);
 }
 
 void LyStringGlobals::FillCharacterTables()

@@ -72,7 +72,7 @@ protected:
 // but still works.
 //
 // Small blocks that come back are kept in BLOCK_SLOTS slots for the next string.
-// Threads: every operation may be called from any thread, except SetLocale as it says there.
+// Threads: every operation may be called from any thread.
 class LyStringGlobals final : public ILyStringManager
 {
 public:
@@ -108,8 +108,8 @@ public:
     wchar_t* NewLyStringBuffer() override;
     wchar_t* GetEmptyLyStringData() const override { return m_pEmpty; }
 
-    // Fills the two character tables of this library's manager, from the user's locale if asked. Strings may be in use
-    // in other threads; setlocale itself must not meet another setlocale.
+    // Fills the two character tables of this library's manager, from the user's locale if asked, which is that of the
+    // whole process. Strings may be in use in other threads, and calls in several threads wait for each other.
     static void SetLocale(bool bApplyUserLocale);
     // Makes the manager of this library if it is not there yet. Safe from several threads at once.
     static void EnsureManager();

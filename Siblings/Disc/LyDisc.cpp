@@ -5,11 +5,11 @@
 
 namespace
 {
-// The service needs no product and no sibling of its own to start.
+// The service needs no product to start, and leaves the locale of the process to its host.
 class CLyDiscApp : public LyDllApp
 {
 public:
-    bool LoadProductInfo() override { return true; }
+    bool InitInstance() override { return LyApp::InitInstance(); }
 };
 
 CLyDiscApp theApp;
