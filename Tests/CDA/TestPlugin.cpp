@@ -329,8 +329,11 @@ TEST(PluginLife, GetInputSourceWorksWithoutAttach)
         EXPECT_TRUE(SameBytes(MakePattern(0, GetPlayedBytes(300)), source.Pull(LLONG_MAX)));
     }
     EXPECT_TRUE(plugin.Attach());
-    PlayerSource source = plugin.GetSource();
-    EXPECT_EQ(0, source.Open(cue, 1));
+    {
+        // It goes before the last Detach, which unloads the disc service that it reads from.
+        PlayerSource source = plugin.GetSource();
+        EXPECT_EQ(0, source.Open(cue, 1));
+    }
     plugin.Detach();
 }
 
