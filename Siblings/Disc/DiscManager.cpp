@@ -1,4 +1,5 @@
 #include "DiscManager.h"
+#include "DriveFactory.h"
 #include "MMC.h"
 #include "UTF8.h"
 #include <cstring>
@@ -34,19 +35,6 @@ std::string ReadEscapes(const std::string& strURL)
     }
     return str;
 }
-
-void PutSense(const DRIVE_SENSE& sense, unsigned char* pSense, int nSenseBytes)
-{
-    if (pSense == nullptr || nSenseBytes < 1)
-        return;
-    unsigned char arySense[SENSE_BYTES] = {};
-    arySense[SENSE_OFFSET_RESPONSE_CODE] = SENSE_RESPONSE_CURRENT;
-    arySense[SENSE_OFFSET_KEY] = sense.m_nKey;
-    arySense[SENSE_OFFSET_ADDITIONAL_LENGTH] = 10;
-    arySense[SENSE_OFFSET_ASC] = sense.m_nASC;
-    arySense[SENSE_OFFSET_ASCQ] = sense.m_nASCQ;
-    std::memcpy(pSense, arySense, static_cast<size_t>(std::min(nSenseBytes, SENSE_BYTES)));
-}
 } // namespace
 
 std::string GetImagePath(const wchar_t* pPath)
@@ -67,9 +55,9 @@ IDiscDrive* DiscManager::GetDrive(const wchar_t* pPath)
     const std::string strKey = GetImagePath(pPath);
     if (const auto pFound = m_mapDrives.find(strKey); pFound != m_mapDrives.end())
         return pFound->second.get();
-    auto pDrive = std::make_unique<ImageDrive>(strKey);
     std::string strError;
-    if (strKey.empty() || !pDrive->Load(strError))
+    std::unique_ptr<ServiceDrive> pDrive = strKey.empty() ? nullptr : CreateServiceDrive(strKey, strError);
+    if (pDrive == nullptr || !pDrive->Load(strError))
     {
         SetError(strKey, strError);
         return nullptr;
@@ -82,7 +70,7 @@ bool DiscManager::AcquireDrive(LyString strPath, bool)
 {
     const std::lock_guard lock(m_Mutex);
     const std::string strKey = GetImagePath(strPath);
-    ImageDrive* pDrive = FindDrive(strKey);
+    ServiceDrive* pDrive = FindDrive(strKey);
     std::string strError;
     if (pDrive != nullptr && pDrive->Acquire(strError))
     {
@@ -97,26 +85,32 @@ bool DiscManager::AcquireDrive(LyString strPath, bool)
 void DiscManager::ReleaseDrive(LyString strPath, bool)
 {
     const std::lock_guard lock(m_Mutex);
-    if (ImageDrive* pDrive = FindDrive(GetImagePath(strPath)))
+    if (ServiceDrive* pDrive = FindDrive(GetImagePath(strPath)))
         pDrive->Release();
 }
 
 bool DiscManager::SendCommand(const wchar_t* pPath, unsigned char* pCDB, int nCDBBytes, unsigned char* pData,
-                              int& nDataBytes, DRIVE_TRANSFERTYPE eType, int, unsigned char* pSense, int nSenseBytes)
+                              int& nDataBytes, DRIVE_TRANSFERTYPE eType, int nTimeoutMs, unsigned char* pSense,
+                              int nSenseBytes)
 {
-    ImageDrive* pDrive = nullptr;
+    ServiceDrive* pDrive = nullptr;
     {
         // The usual path was seen before and costs one look-up, no conversion. Drives are never removed.
         const std::lock_guard lock(m_Mutex);
         const auto pKey = m_mapKeys.find(std::wstring_view(pPath != nullptr ? pPath : L""));
         pDrive = FindDrive(pKey != m_mapKeys.end() ? pKey->second : GetImagePath(pPath));
     }
-    DRIVE_SENSE sense{SENSE_NOT_READY, ASC_MEDIUM_NOT_PRESENT, 0};
-    if (pDrive != nullptr && pDrive->Execute({pCDB, nCDBBytes, pData, nDataBytes, eType}, sense))
+    SENSE_DATA sense;
+    if (pDrive != nullptr && pDrive->Send({pCDB, nCDBBytes, pData, nDataBytes, eType, nTimeoutMs}, sense))
         return true;
-    if (pDrive == nullptr && pData != nullptr && nDataBytes > 0)
-        std::memset(pData, 0, static_cast<size_t>(nDataBytes));
-    PutSense(sense, pSense, nSenseBytes);
+    if (pDrive == nullptr)
+    {
+        sense.Set({SENSE_NOT_READY, ASC_MEDIUM_NOT_PRESENT, 0});
+        if (pData != nullptr && nDataBytes > 0)
+            std::memset(pData, 0, static_cast<size_t>(nDataBytes));
+    }
+    if (pSense != nullptr && nSenseBytes > 0)
+        std::memcpy(pSense, sense.m_aryBytes, static_cast<size_t>(std::min(nSenseBytes, SENSE_BYTES)));
     return false;
 }
 
@@ -126,18 +120,18 @@ std::string DiscManager::GetErrorText(const wchar_t* pPath)
     const std::string strKey = GetImagePath(pPath);
     if (m_strErrorKey == strKey && !m_strError.empty())
         return m_strError;
-    ImageDrive* pDrive = FindDrive(strKey);
+    ServiceDrive* pDrive = FindDrive(strKey);
     return pDrive != nullptr ? pDrive->GetReadErrorText() : std::string();
 }
 
 std::string DiscManager::GetWarnings(const wchar_t* pPath)
 {
     const std::lock_guard lock(m_Mutex);
-    ImageDrive* pDrive = FindDrive(GetImagePath(pPath));
+    ServiceDrive* pDrive = FindDrive(GetImagePath(pPath));
     return pDrive != nullptr ? pDrive->GetWarnings() : std::string();
 }
 
-ImageDrive* DiscManager::FindDrive(const std::string& strKey)
+ServiceDrive* DiscManager::FindDrive(const std::string& strKey)
 {
     const auto pFound = m_mapDrives.find(strKey);
     return pFound != m_mapDrives.end() ? pFound->second.get() : nullptr;

@@ -6,7 +6,7 @@
 
 #pragma once
 
-#include "ImageDrive.h"
+#include "ServiceDrive.h"
 #include <map>
 #include <memory>
 #include <mutex>
@@ -34,12 +34,12 @@ public:
     void Reserved7() override {}
 
 private:
-    ImageDrive* FindDrive(const std::string& strKey);
+    ServiceDrive* FindDrive(const std::string& strKey);
     void SetError(const std::string& strKey, const std::string& strError);
 
     std::mutex m_Mutex;
     std::map<std::wstring, std::string, std::less<>> m_mapKeys; // paths as given, and the files that they name
-    std::map<std::string, std::unique_ptr<ImageDrive>> m_mapDrives;
+    std::map<std::string, std::unique_ptr<ServiceDrive>> m_mapDrives;
     std::string m_strErrorKey; // the last path that could not be opened, and why
     std::string m_strError;
 };

@@ -143,6 +143,17 @@ bool ImageDrive::Execute(const DRIVE_COMMAND& command, DRIVE_SENSE& sense)
     return false;
 }
 
+bool ImageDrive::Send(const DRIVE_COMMAND& command, SENSE_DATA& sense)
+{
+    DRIVE_SENSE codes;
+    if (Execute(command, codes))
+        return true;
+    sense.Set(codes);
+    return false;
+}
+
+DRIVE_DESCRIPTION ImageDrive::GetDescription() { return {VENDOR, MODEL, REVISION, true}; }
+
 DRIVE_SENSE ImageDrive::Dispatch(const DRIVE_COMMAND& command)
 {
     if (command.m_pCDB == nullptr || command.m_nCDBBytes < 1)
@@ -213,7 +224,7 @@ DRIVE_SENSE ImageDrive::Inquiry(const DRIVE_COMMAND& command)
     answer[4] = INQUIRY_BYTES - 5;
     PutPadded(answer, INQUIRY_OFFSET_VENDOR, INQUIRY_VENDOR_BYTES, VENDOR);
     PutPadded(answer, INQUIRY_OFFSET_PRODUCT, INQUIRY_PRODUCT_BYTES, MODEL);
-    PutPadded(answer, INQUIRY_OFFSET_REVISION, INQUIRY_REVISION_BYTES, "1.0");
+    PutPadded(answer, INQUIRY_OFFSET_REVISION, INQUIRY_REVISION_BYTES, REVISION);
     return Answer(command, answer, MMCGet16(command.m_pCDB + 3));
 }
 

@@ -17,36 +17,18 @@
 
 #include "DiscImage.h"
 #include "ModePages.h"
-#include "THDriveInterface.h"
+#include "ServiceDrive.h"
 #include <functional>
 #include <mutex>
 #include <string>
 #include <vector>
 
-// One command as it arrives. nDataBytes is the size of the buffer and becomes what was transferred.
-struct DRIVE_COMMAND
-{
-    const unsigned char* m_pCDB;
-    int m_nCDBBytes;
-    unsigned char* m_pData;
-    int& m_nDataBytes;
-    DRIVE_TRANSFERTYPE m_eType;
-};
-
-struct DRIVE_SENSE
-{
-    unsigned char m_nKey = 0;
-    unsigned char m_nASC = 0;
-    unsigned char m_nASCQ = 0;
-
-    bool IsGood() const { return m_nKey == 0; }
-};
-
-class ImageDrive final : public IDiscDrive
+class ImageDrive final : public ServiceDrive
 {
 public:
     static constexpr const char* VENDOR = "RONDEL";
     static constexpr const char* MODEL = "DISC IMAGE";
+    static constexpr const char* REVISION = "1.0";
 
     // How the disc comes into the drive; null, with one sentence, if it cannot.
     using OPENER = std::function<std::unique_ptr<DiscImage>(std::string& strError)>;
@@ -55,18 +37,20 @@ public:
     ImageDrive(std::string strName, OPENER open); // a disc of another making; the name is only for messages
 
     // Opens the image, if it is not open. False, with one sentence, if it cannot be.
-    bool Load(std::string& strError);
+    bool Load(std::string& strError) override;
     // One more user of the disc. The first one opens the image and forgets earlier read errors.
-    bool Acquire(std::string& strError);
+    bool Acquire(std::string& strError) override;
     // One user less. The last one closes the image and unlocks the door.
-    void Release();
+    void Release() override;
     // One sentence on the sectors that could not be read since the first user came; empty if there were none.
-    std::string GetReadErrorText();
+    std::string GetReadErrorText() override;
     // What was tolerated when the image was opened, a sentence to a line; empty if nothing, or without a disc.
-    std::string GetWarnings();
+    std::string GetWarnings() override;
+    DRIVE_DESCRIPTION GetDescription() override;
 
     // Runs one command. On false the sense says why.
     bool Execute(const DRIVE_COMMAND& command, DRIVE_SENSE& sense);
+    bool Send(const DRIVE_COMMAND& command, SENSE_DATA& sense) override; // the same, with whole sense data
 
     void AddUser(int nMode) override;
     void RemoveUser(int nMode) override;
@@ -75,14 +59,6 @@ public:
     wchar_t* GetModel() override;
     unsigned char GetStateB() override; // 1: the drive is there
     wchar_t* GetPackedCapabilities() override;
-
-    void Reserved0() override {}
-    void Reserved1() override {}
-    void Reserved2() override {}
-    void Reserved3() override {}
-    void Reserved4() override {}
-    void Reserved5() override {}
-    void Reserved11() override {}
 
 private:
     DRIVE_SENSE Dispatch(const DRIVE_COMMAND& command);

@@ -43,3 +43,7 @@ LY_EXPORT IDiscManager* GetDiscManagerDLL(bool bCreate)
 LY_EXPORT wchar_t* GetDiscErrorText(const wchar_t* pPath) { return Ask(&DiscManager::GetErrorText, pPath); }
 
 LY_EXPORT wchar_t* GetDiscWarnings(const wchar_t* pPath) { return Ask(&DiscManager::GetWarnings, pPath); }
+
+LY_EXPORT int EnumerateDiscDrives(DISC_DRIVE_CALLBACK, void*) { return 0; }
+
+LY_EXPORT int GetDiscEvidence(const wchar_t*, unsigned long long, DISC_EVIDENCE*, int) { return 0; }
