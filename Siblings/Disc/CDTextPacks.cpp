@@ -1,4 +1,5 @@
 #include "CDTextPacks.h"
+#include "CRC16.h"
 #include "MMC.h"
 #include <algorithm>
 #include <array>
@@ -168,18 +169,7 @@ void CutToFit(std::vector<std::string>& aryTexts, int nPacks)
 }
 } // namespace
 
-unsigned short GetCDTextCRC(const unsigned char* pPack)
-{
-    constexpr unsigned int POLYNOMIAL = 0x1021;
-    unsigned int nCRC = 0;
-    for (int i = 0; i < PACK_CRC_OFFSET; ++i)
-    {
-        nCRC ^= static_cast<unsigned int>(pPack[i]) << 8;
-        for (int nBit = 0; nBit < 8; ++nBit)
-            nCRC = (nCRC & 0x8000U) != 0 ? nCRC << 1 ^ POLYNOMIAL : nCRC << 1;
-    }
-    return static_cast<unsigned short>(~nCRC & 0xFFFFU);
-}
+unsigned short GetCDTextCRC(const unsigned char* pPack) { return GetCRC16(pPack, PACK_CRC_OFFSET); }
 
 std::vector<unsigned char> MakeCDTextPacks(const DiscImage& image)
 {

@@ -17,5 +17,5 @@
 // The packs of the disc, whole; the image's own, if it brought some. Empty if there is no text at all.
 std::vector<unsigned char> MakeCDTextPacks(const DiscImage& image);
 
-// CRC-16 of a pack's first 16 bytes: x^16 + x^12 + x^5 + 1, from 0, inverted at the end.
+// The check sum of a pack's first 16 bytes.
 unsigned short GetCDTextCRC(const unsigned char* pPack);

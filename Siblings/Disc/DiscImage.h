@@ -148,8 +148,8 @@ public:
     DiscImage(const DiscImage&) = delete;
     DiscImage& operator=(const DiscImage&) = delete;
 
-    // Opens a CUE sheet or a TOC file, known by its content, and all that it names. On failure null, and in strError
-    // one sentence that names the file, the line where there is one, and a way out.
+    // Opens a CUE sheet, a TOC file, a CCD file or an NRG file, known by its content, and all that it names. On failure
+    // null, and in strError one sentence that names the file, the line where there is one, and a way out.
     static std::unique_ptr<DiscImage> Open(const std::string& strPath, std::string& strError);
 
     const std::vector<DISC_TRACK>& GetTracks() const { return m_Content.m_aryTracks; }

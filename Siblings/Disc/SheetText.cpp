@@ -42,9 +42,9 @@ bool LoadSmallFile(const std::string& strPath, size_t nMaxBytes, std::string& st
     if (!std::filesystem::exists(status))
         strReason = "the file does not exist; check its path";
     else if (!std::filesystem::is_regular_file(status))
-        strReason = "this is not a plain file; name a CUE sheet or a TOC file";
+        strReason = "this is not a plain file; name the .cue, .toc, .ccd or .nrg file of the image";
     else if (std::filesystem::file_size(strPath, error) > nMaxBytes)
-        strReason = "the file is too large for a CUE sheet or a TOC file; open the sheet that belongs to the image";
+        strReason = "the file is too large for the sheet of an image; open the sheet that belongs to the image";
     if (!strReason.empty())
         return false;
     std::unique_ptr<FILE, int (*)(FILE*)> pFile(fopen(strPath.c_str(), "rbe"), fclose);
@@ -78,7 +78,7 @@ bool LoadSheetText(const std::string& strPath, std::string& strText, std::string
         if (strText.find_first_not_of(" \t\r\n") == std::string::npos)
             error.m_strText = "the file is empty; copy it again from where it came from";
         else if (strText.find('\0') != std::string::npos)
-            error.m_strText = "this is not a CUE sheet or a TOC file; open the .cue or .toc file of the image";
+            error.m_strText = "this is not the sheet of a disc image; open the .cue, .toc, .ccd or .nrg file of the image";
         else
             return true;
     }

@@ -48,7 +48,7 @@ TEST_F(RondelErrors, ADiscThatIsNotThere)
     ExpectNoDisc(Get("tune \xF0\x9F\x8E\xB5.cue"), {"tune \xF0\x9F\x8E\xB5.cue", "does not exist"});
     ExpectNoDisc("E:", {"E:"});
     ExpectNoDisc("", {});
-    ExpectNoDisc(Get(""), {"not a plain file", "name a CUE sheet or a TOC file"});
+    ExpectNoDisc(Get(""), {"not a plain file", "name the .cue, .toc, .ccd or .nrg file"});
 }
 
 TEST_F(RondelErrors, ASheetThatIsNone)

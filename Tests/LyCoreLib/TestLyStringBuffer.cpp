@@ -141,7 +141,7 @@ TEST(LyStringGetBuffer, LockedStringMayGrowAgain)
     ForeignString foreign(manager, L"12345");
     wchar_t* p = foreign.Get().GetBuffer(-1, false, true);
     p[2] = 0; // the locked length is older than the text
-    p = foreign.Get().GetBuffer(40, true, true);
+    ASSERT_NE(nullptr, foreign.Get().GetBuffer(40, true, true));
     EXPECT_EQ(BlockOf(foreign.Get())->nLength, 2);
     EXPECT_EQ(References(foreign.Get()), -1);
     EXPECT_EQ(manager.GetSlotCount(), 1); // the locked block went back

@@ -175,8 +175,8 @@ TEST_F(DiscOpen, BadInputIsOneSentence)
          ", line 4: the file \"no.bin\" was not found in \""},
         {"empty.cue", "", ": the file is empty; "},
         {"emptybin.cue", "FILE empty.bin BINARY\n" + ONE_TRACK, ", line 1: the file \""},
-        {"noise.cue", strNoise, ": this is not a CUE sheet"},
-        {"noise.toc", "\x01" + strNoise, ": this is not a CUE sheet or a TOC file; "},
+        {"noise.cue", strNoise, ": this is not the sheet of a disc image"},
+        {"noise.toc", "\x01" + strNoise, ": this is not the sheet of a disc image; "},
         {"text.toc", "Hello world\n", ", line 1: the statement \"Hello\" is unknown"},
         {"graphics.cue", "FILE a.bin BINARY\nTRACK 01 CDG\nINDEX 01 00:00:00\n", ", line 2: tracks of type \"CDG\""},
         {"rate.cue", "FILE 48.wav WAVE\n" + ONE_TRACK, ", line 1: the file \""},
@@ -207,7 +207,7 @@ TEST_F(DiscOpen, ImageInsteadOfItsSheetIsRefusedWithTheWayOut)
     EXPECT_FALSE(Open("large.bin"));
     EXPECT_NE(std::string::npos, m_strError.find("open the sheet that belongs to the image")) << m_strError;
     EXPECT_FALSE(Open("small.bin"));
-    EXPECT_NE(std::string::npos, m_strError.find("open the .cue or .toc file of the image")) << m_strError;
+    EXPECT_NE(std::string::npos, m_strError.find("open the .cue, .toc, .ccd or .nrg file")) << m_strError;
 }
 
 TEST_F(DiscOpen, SheetCutAtEveryByteNeverCrashes)

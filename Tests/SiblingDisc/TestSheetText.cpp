@@ -130,10 +130,10 @@ TEST(LoadSheetText, SaysWhyItCannot)
     TempFolder folder;
     const std::pair<std::string, const char*> aryCases[] = {
         {folder.GetPath("missing.cue"), "missing.cue: the file does not exist; check its path."},
-        {folder.GetPath(), ": this is not a plain file; name a CUE sheet or a TOC file."},
+        {folder.GetPath(), ": this is not a plain file; name the .cue, .toc, .ccd or .nrg file of the image."},
         {folder.Write("empty.cue", ""), "empty.cue: the file is empty; copy it again from where it came from."},
         {folder.Write("blank.cue", "\xEF\xBB\xBF \r\n\0"s), "blank.cue: the file is empty;"},
-        {folder.Write("binary.cue", "FILE\0x"s), "this is not a CUE sheet or a TOC file; open the .cue or .toc file"},
+        {folder.Write("binary.cue", "FILE\0x"s), "this is not the sheet of a disc image; open the .cue, .toc, .ccd or .nrg file"},
         {folder.Write("large.cue", std::string(1024 * 1024 + 1, ' ')), "the file is too large for a CUE sheet"}};
     for (const auto& [strPath, pText] : aryCases)
     {
