@@ -40,6 +40,10 @@ public:
     bool FromBuffer(const LyBuffer& buffer, int nBytes = -1, int nStart = 0);
     bool FromBuffer(const void* p, int nBytes);
 
+    // Loads the first nMaxBytes (below 1: all) of a file or a URL. Without bAllowReader the reader library is left
+    // alone, and a URL fails. A load that takes long shows a wait message.
+    bool FromFile(const LyFilename& filename, int nMaxBytes = -1, bool bAllowReader = true);
+
     // Reads nBytes from an open reader (-1 or -2: all from its position). True if anything came.
     bool FromReader(ILyReader* pReader, int nBytes = -1);
 

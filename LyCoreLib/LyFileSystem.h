@@ -57,5 +57,9 @@ private:
     static bool ReplaceThroughBackup(const LyString& strOriginal, const LyString& strNew);
 };
 
-// Moves as the system's "mv" does, across volumes too. True if it answered exit status 0.
+// Moves as the system's "mv" does, across volumes too, and into a folder if there is one of that name. True if it
+// answered exit status 0.
+// Names: any that the disk can have and a string can say. A string says a byte of 0x80 and above only as part of a
+//        sequence of the UTF-8 of this system (LyCharacterHelper): of two or of three bytes. What is no such sequence,
+//        a single byte of an old encoding or the fourth byte of a code point from 0x10000 up, cannot be named.
 bool MoveFile(const wchar_t* pFrom, const wchar_t* pTo);

@@ -24,10 +24,13 @@ const SIZE_UNIT s_arySizeUnits[] = {
 constexpr unsigned long long BYTES_IN_WORDS_LIMIT = 1ULL << 10;
 constexpr double WHOLE_NUMBERS_FROM = 100.0;
 
-// In single quotes, which the shell reads as they are; a quote itself is put between two such texts.
+// For single quotes, which the shell reads as they are; a quote itself is put between two such texts. A name that
+// begins like an option is made a path, which mv takes for what it is.
 LyString EscapeForShell(const wchar_t* pPath)
 {
     LyString strPath(pPath);
+    if (strPath[0] == L'-')
+        strPath = L"./" + strPath;
     strPath.Replace(L"'", L"'\\''");
     return strPath;
 }

@@ -1,9 +1,14 @@
-// The zlib service of the tools library.
+// The zlib service of the tools library, and CZLibHelper, which unpacks gzip files with it.
 //
 // Ownership: CreateZLib and the operations of IZLib make new objects, which the caller deletes.
-// Threads:   an object belongs to one thread at a time.
+// Threads:   an object belongs to one thread at a time. A cancel flag may be set by another thread.
 
 #pragma once
+
+#include "LyPtr.h"
+#include "LyString.h"
+
+class LyBuffer;
 
 // A gzip file, open for reading.
 class IZLibFile
@@ -39,3 +44,27 @@ public:
 };
 
 IZLib* CreateZLib(); // loads the tools library first; null without it
+
+// Unpacks gzip files (RFC 1952). Without the tools library every operation is false.
+//
+// A fault in the middle of the data ends it as the end of the file would: the result is what came so far, and true.
+class CZLibHelper
+{
+public:
+    CZLibHelper();
+
+    // Unpacks into strDestination, or, if that is empty, in place. The destination is whole at each moment: the bytes
+    // go to a file of that name with ".tmp" behind it, which takes its place at the end, and never stays behind.
+    // pCancel may be null; once it points to true the run stops, is false, and leaves the destination as it was.
+    bool DecompressFile(LyString strSource, LyString strDestination, volatile bool* pCancel);
+
+    // Deliberate: a cancelled run gives an empty buffer and true. The caller tests the flag, which is his own.
+    bool DecompressFileToBuffer(LyString strSource, LyBuffer& output, volatile bool* pCancel);
+
+    LyPtr<IZLib, IZLib> m_pZLib; // null without the tools library; then the others are, too
+    LyPtr<IZLibBufferCompressor, IZLibBufferCompressor> m_pCompressor;
+    LyPtr<IZLibBufferDecompressor, IZLibBufferDecompressor> m_pDecompressor;
+
+private:
+    IZLibFile* OpenFile(const wchar_t* pPath);
+};

@@ -37,6 +37,13 @@ enum COPY_MODE : short
     COPY_MODE_RIP = 1 // with cache measuring and secure reads
 };
 
+// Elements of m_CDParams, what is remembered of a drive. The others have no writer here and are carried unchanged.
+enum CD_PARAM : int
+{
+    CD_PARAM_MODEL = 2,
+    CD_PARAM_CACHE_BYTES = 4 // negative: not known
+};
+
 class CCDRipper : public LyThread
 {
 public:

@@ -5,12 +5,6 @@
 
 namespace
 {
-// Elements of a drive's list. The others have no writer here and are carried unchanged.
-enum CD_PARAM : int
-{
-    CD_PARAM_MODEL = 2,
-    CD_PARAM_CACHE_BYTES = 4
-};
 constexpr const wchar_t* LIST_DELIMITER = L",";
 
 LyString GetKey(const LyString& strDrive) { return LyFormatString(L"LastCDROMType-%s", strDrive); }

@@ -70,8 +70,6 @@ public:
             return;
         const int nStatus = m_pClose(m_pStream);
         m_pStream = nullptr;
-        if (nStatus != 0 && m_pClose == pclose)
-            throw HostError("the player program failed; use -o FILE.wav to write a file instead.");
         if (nStatus != 0)
             ThrowFailure();
     }
@@ -142,36 +140,6 @@ private:
     SNDFILE* m_pFile = nullptr;
 };
 
-bool GetIsOnPath(const char* pProgram)
-{
-    const char* pPath = std::getenv("PATH");
-    std::string strPath = pPath != nullptr ? pPath : "";
-    for (size_t nStart = 0; nStart <= strPath.size();)
-    {
-        const size_t nEnd = std::min(strPath.find(':', nStart), strPath.size());
-        const std::string strFile = strPath.substr(nStart, nEnd - nStart) + "/" + pProgram;
-        if (access(strFile.c_str(), X_OK) == 0)
-            return true;
-        nStart = nEnd + 1;
-    }
-    return false;
-}
-
-FILE* OpenPlayer()
-{
-    // Each takes a WAV on its standard input.
-    static const std::pair<const char*, const char*> PLAYERS[] = {
-        {"aplay", "aplay -q -"},
-        {"ffplay", "ffplay -nodisp -autoexit -loglevel error -"},
-        {"play", "play -q -t wav -"}};
-    for (const auto& [pProgram, pCommand] : PLAYERS)
-    {
-        if (GetIsOnPath(pProgram))
-            return popen(pCommand, "w");
-    }
-    return nullptr;
-}
-
 // A file is written beside its name and renamed when it is whole. What is no file (a device, a named pipe) stays what
 // it is and is written to; a link leads to the file that it means.
 std::unique_ptr<AudioOutput> OpenFile(const std::string& strPath, long long nExpectedBytes)
@@ -202,10 +170,5 @@ std::unique_ptr<AudioOutput> AudioOutput::Create(const std::string& strTarget, l
             throw HostError("standard output is a terminal; pipe it into a program, or use -o FILE.wav.");
         return std::make_unique<StreamOutput>(stdout, nullptr, nExpectedBytes);
     }
-    if (!strTarget.empty())
-        return OpenFile(strTarget, nExpectedBytes);
-    FILE* pPlayer = OpenPlayer();
-    if (pPlayer == nullptr)
-        throw HostError("no program that plays sound was found; install alsa-utils, or use -o FILE.wav.");
-    return std::make_unique<StreamOutput>(pPlayer, pclose, nExpectedBytes);
+    return OpenFile(strTarget, nExpectedBytes);
 }

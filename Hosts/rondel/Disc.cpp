@@ -1,10 +1,7 @@
 #include "Disc.h"
 #include "HostError.h"
-#include "LySharedToolsHelper.h"
 #include "Text.h"
-#include <cstdio>
 #include <filesystem>
-#include <sstream>
 
 namespace
 {
@@ -17,44 +14,27 @@ std::string GetTrackRange(const std::vector<TTrackList>& aryTracks)
     return "the disc has tracks " + std::to_string(aryTracks.front().nTrackNumber) + " to " +
            std::to_string(aryTracks.back().nTrackNumber);
 }
-// What an export of the disc service says of a path; empty where there is no such export.
-std::string AskService(const char* pExport, const std::string& strPath)
-{
-    using GET_TEXT = wchar_t* (*)(const wchar_t*);
-    if (GetDiscManager(true) == nullptr)
-        return {};
-    const GET_TEXT pGetText = reinterpret_cast<GET_TEXT>(g_LySharedToolsHelper.m_DiscLibrary.GetProcAddress(pExport));
-    if (pGetText == nullptr)
-        return {};
-    wchar_t* pText = pGetText(Widen(strPath));
-    std::string strText = Narrow(pText);
-    LyCom::SysFreeString(pText);
-    return strText;
-}
 } // namespace
 
-Disc::Disc(const std::string& strPath) : m_strPath(strPath)
+Drive::Drive(const std::string& strPath)
 {
-    if (GetDiscManager(true) == nullptr)
-        throw HostError("the disc service libLyDisc.dylib does not load; it belongs beside the program.");
-    if (!m_Drive.Open(Widen(strPath), DRIVE_OPEN_MODE))
-    {
-        const std::string strReason = GetDiscErrorText(strPath);
-        throw HostError(strReason.empty() ? strPath + " is neither a drive nor a disc image that can be opened; name a "
-                                                      ".cue or .toc file."
-                                          : strReason);
-    }
-    DRIVE_INFO info;
-    (void)m_Drive.GetDriveInfo(info);
-    TDriveInfo drive(info, 0);
-    m_pCD.reset(new CSCSICD(&m_Drive, drive, Widen(strPath)));
-    ReadTracks();
+    RequireDiscService();
+    if (m_Drive.Open(Widen(strPath), DRIVE_OPEN_MODE))
+        return;
+    const std::string strReason = GetDiscErrorText(strPath);
+    throw HostError(strReason.empty()
+                        ? strPath + " is neither a drive nor a disc image that can be opened; name a "
+                                    "drive that 'rondel drives' lists, or a .cue, .toc, .ccd or .nrg file."
+                        : strReason);
 }
 
-Disc::~Disc()
+Disc::Disc(const std::string& strPath) : m_strPath(strPath), m_Drive(strPath)
 {
-    m_pCD.reset(); // it borrows the drive
-    m_Drive.Close();
+    DRIVE_INFO info;
+    (void)GetDrive().GetDriveInfo(info);
+    TDriveInfo drive(info, 0);
+    m_pCD.reset(new CSCSICD(&GetDrive(), drive, Widen(strPath)));
+    ReadTracks();
 }
 
 void Disc::ReadTracks()
@@ -99,15 +79,4 @@ std::string GetDrivePath(const std::string& strDisc)
             (strURL += '%').append({HEX_DIGITS[nByte >> 4], HEX_DIGITS[nByte & 15]});
     }
     return strURL;
-}
-
-std::string GetDiscErrorText(const std::string& strPath) { return AskService("GetDiscErrorText", strPath); }
-
-std::string GetDiscWarnings(const std::string& strPath) { return AskService("GetDiscWarnings", strPath); }
-
-void ShowWarnings(const std::string& strPath)
-{
-    std::istringstream stream(GetDiscWarnings(strPath));
-    for (std::string strLine; std::getline(stream, strLine);)
-        std::fprintf(stderr, "rondel: note: %s\n", strLine.c_str());
 }

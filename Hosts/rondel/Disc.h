@@ -4,16 +4,31 @@
 #pragma once
 
 #include "Dac32.h"
+#include "Services.h"
 #include <memory>
 #include <string>
 #include <vector>
+
+class Drive
+{
+public:
+    // Opens the drive or disc image. Throws HostError with the reason.
+    explicit Drive(const std::string& strPath);
+    ~Drive() { m_Drive.Close(); }
+    Drive(const Drive&) = delete;
+    Drive& operator=(const Drive&) = delete;
+
+    CTHDriveInterface& GetInterface() { return m_Drive; }
+
+private:
+    CTHDriveInterface m_Drive;
+};
 
 class Disc
 {
 public:
     // Opens the drive or disc image and reads its table of contents. Throws HostError with the reason.
     explicit Disc(const std::string& strPath);
-    ~Disc();
     Disc(const Disc&) = delete;
     Disc& operator=(const Disc&) = delete;
 
@@ -21,25 +36,18 @@ public:
     // The track, checked for being there and for being audio. Throws HostError.
     const TTrackList& GetAudioTrack(int nTrack) const;
     CSCSICD& GetCD() { return *m_pCD; }
-    CTHDriveInterface& GetDrive() { return m_Drive; }
+    CTHDriveInterface& GetDrive() { return m_Drive.GetInterface(); }
     const std::string& GetPath() const { return m_strPath; }
 
 private:
     void ReadTracks();
 
     std::string m_strPath;
-    CTHDriveInterface m_Drive;
-    std::unique_ptr<CSCSICD, void (*)(CSCSICD*)> m_pCD{nullptr, CSCSICD::Delete};
+    Drive m_Drive;
+    std::unique_ptr<CSCSICD, void (*)(CSCSICD*)> m_pCD{nullptr, CSCSICD::Delete}; // borrows the drive above
     std::vector<TTrackList> m_aryTracks;
 };
 
 // How the disc service knows a disc that the user names: a file becomes an absolute path, and what cda:// paths cannot
 // carry (a comma) becomes a file URL.
 std::string GetDrivePath(const std::string& strDisc);
-
-// Why the disc service could not open a drive, or what it could not read from it since it was opened; empty if nothing.
-std::string GetDiscErrorText(const std::string& strPath);
-
-// What was tolerated or left out when the disc was opened, a sentence to a line; empty if nothing.
-std::string GetDiscWarnings(const std::string& strPath);
-void ShowWarnings(const std::string& strPath); // on stderr

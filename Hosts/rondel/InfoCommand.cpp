@@ -1,12 +1,12 @@
 // rondel info: what is on the disc and what the drive can do.
 
+#include "CDRipper.h"
 #include "Commands.h"
 #include "Disc.h"
 #include "HostError.h"
+#include "Output.h"
 #include "Text.h"
-#include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
@@ -81,6 +81,36 @@ std::string GetFullName(const std::string& strDisc)
     return std::filesystem::exists(strDisc, error) ? std::filesystem::absolute(strDisc, error).string() : strDisc;
 }
 
+// What is remembered of the drive: its list in the option store (DriveMemory.cpp has the meaning of each place).
+json DescribeMemory(const std::string& strDrive)
+{
+    CCDRipper ripper;
+    (void)ripper.Init();
+    ripper.GetCDParams(Widen(strDrive));
+    json list = json::array();
+    for (int n = 0; n < ripper.m_CDParams.GetSize(); ++n)
+        list.push_back(Narrow(ripper.m_CDParams[n]));
+    return list;
+}
+
+// Forgets the remembered size of the drive's read cache, if there is one, and has it measured and remembered anew.
+int MeasureCache(const std::string& strDrive)
+{
+    CCDRipper ripper;
+    (void)ripper.Init();
+    const LyString strPath = Widen(strDrive);
+    ripper.GetCDParams(strPath);
+    if (ripper.m_CDParams.GetSize() > CD_PARAM_CACHE_BYTES)
+    {
+        (void)ripper.m_CDParams.SetAt(CD_PARAM_CACHE_BYTES, LyString(L"-1"), true);
+        ripper.PutCDParams(strPath);
+    }
+    (void)ripper.SetCopyMode(COPY_MODE_RIP);
+    if (ripper.OpenDrive(strPath, false) != CDRIPPER_DONE)
+        throw HostError(strDrive + " could not be opened for measuring; look at it with 'rondel drives'.");
+    return ripper.m_pReader->m_pDriveInfo->m_nCacheSize;
+}
+
 json Describe(Disc& disc, const std::string& strDisc)
 {
     CSCSICD& cd = disc.GetCD();
@@ -93,7 +123,8 @@ json Describe(Disc& disc, const std::string& strDisc)
             {"performer", Narrow(cd.m_strDiscPerformer)},
             {"cd_text", bText},
             {"tracks", tracks},
-            {"drive", DescribeDrive(disc.GetDrive())}};
+            {"drive", DescribeDrive(disc.GetDrive())},
+            {"remembered", DescribeMemory(disc.GetPath())}};
 }
 
 std::string Join(const std::string& strTitle, const std::string& strPerformer)
@@ -132,6 +163,19 @@ void PrintDrive(const json& drive)
     }
 }
 
+void PrintMemory(const json& list)
+{
+    if (list.size() <= CD_PARAM_CACHE_BYTES)
+    {
+        std::puts("\nNothing is remembered of this drive; --measure-cache measures its read cache.");
+        return;
+    }
+    const std::string strModel = list[CD_PARAM_MODEL].get<std::string>();
+    std::printf("\nRemembered: %s, read cache of %s bytes\n",
+                strModel.empty() ? "a drive without a name" : strModel.c_str(),
+                list[CD_PARAM_CACHE_BYTES].get<std::string>().c_str());
+}
+
 void Print(const json& disc)
 {
     const std::string strName = Join(disc["title"], disc["performer"]);
@@ -139,12 +183,14 @@ void Print(const json& disc)
     std::printf("%s\n\n", strName.empty() ? "No CD-Text for the disc" : strName.c_str());
     PrintTracks(disc);
     PrintDrive(disc["drive"]);
+    PrintMemory(disc["remembered"]);
 }
 
 struct INFO_OPTIONS
 {
     std::string strDisc;
     bool bJson = false;
+    bool bMeasureCache = false;
 };
 } // namespace
 
@@ -152,22 +198,22 @@ void AddInfoCommand(CLI::App& app, int& nExitCode)
 {
     auto pOptions = std::make_shared<INFO_OPTIONS>();
     CLI::App* pCommand = app.add_subcommand("info", "Shows the table of contents, the CD-Text and the drive.");
-    pCommand->add_option("DISC", pOptions->strDisc, "a disc image (.cue, .toc) or a drive")->required();
+    pCommand->add_option("DISC", pOptions->strDisc, "a drive or a disc image")->required();
     pCommand->add_flag("--json", pOptions->bJson, "print JSON for programs");
+    pCommand->add_flag("--measure-cache", pOptions->bMeasureCache, "measure the drive's read cache and remember it");
     pCommand->callback(
         [pOptions, &nExitCode]
         {
+            if (pOptions->bMeasureCache)
+                (void)MeasureCache(GetDrivePath(pOptions->strDisc)); // it is shown with what is remembered
             Disc disc(GetDrivePath(pOptions->strDisc));
             const json description = Describe(disc, pOptions->strDisc);
             ShowWarnings(disc.GetPath());
             if (pOptions->bJson)
-                // A text that is no UTF-8 must not stop the listing.
-                std::puts(description.dump(2, ' ', false, json::error_handler_t::replace).c_str());
+                PrintJson(description);
             else
                 Print(description);
-            if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
-                throw HostError(std::string("the listing could not be written (") + std::strerror(errno) +
-                                "); choose another place for it.");
+            CheckOutput();
             nExitCode = EXIT_DONE;
         });
 }

@@ -2,6 +2,7 @@
 
 #include "Commands.h"
 #include "HostError.h"
+#include "LySharedToolsHelper.h"
 #include "LyString.h"
 #include <cstdio>
 #include <exception>
@@ -9,10 +10,13 @@
 namespace
 {
 constexpr const char* FOOTER = "Examples:\n"
+                               "  rondel drives\n"
                                "  rondel info disc.cue\n"
+                               "  rondel play D: 3\n"
                                "  rondel play disc.cue 3 -o track3.wav\n"
                                "  rondel play disc.cue 3 -o - | aplay\n"
-                               "  rondel make-disc -o disc.cue *.flac\n\n"
+                               "  rondel make-disc -o disc.cue *.flac\n"
+                               "  rondel fetch https://example.org/cover.jpg\n\n"
                                "Exit codes: 0 done, 1 the disc or a file is at fault, 2 the command line is.";
 
 // One sentence, as for every other failure.
@@ -24,7 +28,7 @@ std::string DescribeUsageError(const CLI::App* pApp, const CLI::Error& error)
     const std::string strHelp = pCommand == pApp ? "rondel --help" : "rondel " + pCommand->get_name() + " --help";
     const std::vector<std::string> aryUnknown = pApp->remaining();
     if (pCommand == pApp && !aryUnknown.empty() && !aryUnknown[0].starts_with('-'))
-        return "rondel: '" + aryUnknown[0] + "' is no command, name info, play or make-disc; see '" + strHelp + "'.\n";
+        return "rondel: '" + aryUnknown[0] + "' is no command; see '" + strHelp + "'.\n";
     std::string strFault = error.what();
     while (!strFault.empty() && (strFault.back() == '\n' || strFault.back() == '.'))
         strFault.pop_back();
@@ -39,9 +43,14 @@ int Run(int nArguments, char** ppArguments)
     app.require_subcommand(1);
     app.failure_message(DescribeUsageError);
     int nExitCode = EXIT_DONE;
+    AddDrivesCommand(app, nExitCode);
     AddInfoCommand(app, nExitCode);
     AddPlayCommand(app, nExitCode);
+    AddTrayCommands(app, nExitCode);
     AddMakeDiscCommand(app, nExitCode);
+    AddOptionsCommand(app, nExitCode);
+    AddFetchCommand(app, nExitCode);
+    (void)GetLyTools(true); // log, translation and messages, where the library is there
     try
     {
         app.parse(nArguments, ppArguments);

@@ -5,6 +5,7 @@
 #include "Commands.h"
 #include "Disc.h"
 #include "HostError.h"
+#include "Listen.h"
 #include "Plugin.h"
 #include "Progress.h"
 #include "Text.h"
@@ -26,7 +27,8 @@ struct PLAY_OPTIONS
     int nTrack = 0;
     std::string strFrom;
     std::string strTo;
-    std::string strOutput;
+    std::string strOutput; // empty: the sound card
+    std::string strDevice = "default";
 };
 
 // A stretch of a track in bytes, from a whole second, as the plug-in seeks.
@@ -112,8 +114,26 @@ std::string CheckTrackNumber(const std::string& strTrack)
     return "'" + strTrack + "' is no track number, give one from 1 to 99";
 }
 
+// To the sound card, as one listens.
+int PlayAloud(const PLAY_OPTIONS& options)
+{
+    LISTEN_OPTIONS listen{GetDrivePath(options.strDisc), options.nTrack, options.strDevice, 0, -1};
+    double fLength = 0;
+    {
+        const Disc disc(listen.strDrive);
+        fLength = static_cast<double>(disc.GetAudioTrack(options.nTrack).nSectors) / LY_CD_SECTORS_PER_SECOND;
+    }
+    const STRETCH stretch = GetStretch(options, static_cast<long long>(fLength * LY_CD_SECOND_BYTES));
+    listen.fFromSeconds = static_cast<double>(stretch.nFrom) / LY_CD_SECOND_BYTES;
+    if (!options.strTo.empty())
+        listen.fToSeconds = static_cast<double>(stretch.nTo) / LY_CD_SECOND_BYTES;
+    return Listen(listen);
+}
+
 int Play(const PLAY_OPTIONS& options)
 {
+    if (options.strOutput.empty())
+        return PlayAloud(options);
     const std::string strDrive = GetDrivePath(options.strDisc);
     {
         // The plug-in plays whatever number it is given; what is on the disc is looked up beforehand.
@@ -147,13 +167,17 @@ int Play(const PLAY_OPTIONS& options)
 void AddPlayCommand(CLI::App& app, int& nExitCode)
 {
     auto pOptions = std::make_shared<PLAY_OPTIONS>();
-    CLI::App* pCommand = app.add_subcommand("play", "Plays a track through the plug-in: to the loudspeakers or a WAV.");
-    pCommand->add_option("DISC", pOptions->strDisc, "a disc image (.cue, .toc) or a drive")->required();
+    CLI::App* pCommand = app.add_subcommand("play", "Plays a track through the plug-in: to the sound card or a WAV.");
+    pCommand->add_option("DISC", pOptions->strDisc, "a drive or a disc image")->required();
     pCommand->add_option("TRACK", pOptions->nTrack, "the number of the track, 1 to 99")
         ->required()
         ->check(CheckTrackNumber);
     pCommand->add_option("--from", pOptions->strFrom, "where to start, mm:ss; the plug-in seeks by whole seconds");
     pCommand->add_option("--to", pOptions->strTo, "where to stop, mm:ss");
     pCommand->add_option("-o,--output", pOptions->strOutput, "a WAV file, or - for a WAV on standard output");
+    pCommand->add_option("--device", pOptions->strDevice, "the sound card, by its ALSA name")->capture_default_str();
+    pCommand->footer(
+        "Without -o the track is heard. Keys: space pauses, the arrows go back and forth by ten seconds, n and p\n"
+        "go to the next and the previous track, q ends it.");
     pCommand->callback([pOptions, &nExitCode] { nExitCode = Play(*pOptions); });
 }

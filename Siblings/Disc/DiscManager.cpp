@@ -1,144 +1,236 @@
 #include "DiscManager.h"
 #include "DriveFactory.h"
+#include "DriveWatch.h"
 #include "MMC.h"
-#include "UTF8.h"
+#include <algorithm>
 #include <cstring>
-#include <cwchar>
-#include <filesystem>
+#include <exception>
 
 namespace
 {
-constexpr const char* FILE_URL = "file://";
+constexpr size_t MAX_ERROR_TEXTS = 64; // of different paths; the oldest is forgotten
 
-int GetHexValue(char c)
+// Nothing that the standard library throws, for want of memory mostly, leaves this library.
+template <class RESULT, class WORK>
+RESULT Guard(RESULT failure, WORK work)
 {
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    const char cLower = static_cast<char>(c | 0x20);
-    return cLower >= 'a' && cLower <= 'f' ? cLower - 'a' + 10 : -1;
+    try
+    {
+        return work();
+    }
+    catch (const std::exception&)
+    {
+        return failure;
+    }
 }
 
-std::string ReadEscapes(const std::string& strURL)
+void CopySense(const SENSE_DATA& sense, unsigned char* pSense, int nSenseBytes)
 {
-    std::string str;
-    for (size_t i = 0; i < strURL.size(); ++i)
-    {
-        const int nHigh = strURL[i] == '%' && i + 2 < strURL.size() ? GetHexValue(strURL[i + 1]) : -1;
-        const int nLow = nHigh >= 0 ? GetHexValue(strURL[i + 2]) : -1;
-        if (nLow < 0)
-        {
-            str += strURL[i];
-            continue;
-        }
-        str += static_cast<char>(nHigh << 4 | nLow);
-        i += 2;
-    }
-    return str;
+    if (pSense != nullptr && nSenseBytes > 0)
+        std::memcpy(pSense, sense.m_aryBytes, static_cast<size_t>(std::min(nSenseBytes, SENSE_BYTES)));
+}
+
+void ZeroData(unsigned char* pData, int nBytes)
+{
+    if (pData != nullptr && nBytes > 0)
+        std::memset(pData, 0, static_cast<size_t>(nBytes));
 }
 } // namespace
 
-std::string GetImagePath(const wchar_t* pPath)
+DiscManager::DiscManager() : DiscManager(nullptr, CreateServiceDrive, ReadLetterImages) {}
+
+DiscManager::DiscManager(std::unique_ptr<DriveFinder> pFinder, DRIVE_MAKER makeDrive,
+                         std::function<LETTER_IMAGES()> getImages)
+    : m_MakeDrive(std::move(makeDrive)), m_GetLetterImages(std::move(getImages)), m_pFinder(std::move(pFinder))
 {
-    std::string strPath = NarrowUTF8(pPath != nullptr ? pPath : L"");
-    if (strPath.starts_with(FILE_URL))
-        strPath = ReadEscapes(strPath.substr(std::strlen(FILE_URL)));
-    if (strPath.empty())
-        return {};
-    std::error_code error;
-    const std::filesystem::path absolute = std::filesystem::absolute(strPath, error);
-    return error ? strPath : absolute.lexically_normal().string();
 }
 
 IDiscDrive* DiscManager::GetDrive(const wchar_t* pPath)
 {
+    return Guard<IDiscDrive*>(nullptr,
+                              [&]
+                              {
+                                  IDiscDrive* pDrive = FindHeldDrive(pPath);
+                                  return pDrive != nullptr ? pDrive : OpenDrive(pPath);
+                              });
+}
+
+// A path of a drive that is held names that drive for as long.
+IDiscDrive* DiscManager::FindHeldDrive(const wchar_t* pPath)
+{
     const std::lock_guard lock(m_Mutex);
-    const std::string strKey = GetImagePath(pPath);
-    if (const auto pFound = m_mapDrives.find(strKey); pFound != m_mapDrives.end())
-        return pFound->second.get();
-    std::string strError;
-    std::unique_ptr<ServiceDrive> pDrive = strKey.empty() ? nullptr : CreateServiceDrive(strKey, strError);
-    if (pDrive == nullptr || !pDrive->Load(strError))
+    const auto pKnown = m_mapPaths.find(std::wstring_view(pPath != nullptr ? pPath : L""));
+    return pKnown != m_mapPaths.end() && pKnown->second->m_nHolders > 0 ? pKnown->second->m_pDrive.get() : nullptr;
+}
+
+IDiscDrive* DiscManager::OpenDrive(const wchar_t* pPath)
+{
+    const std::wstring strPath = pPath != nullptr ? pPath : L"";
+    const int nLetter = GetDriveLetter(strPath);
+    if (nLetter != NO_DRIVE_LETTER)
+        (void)RefreshLetters();
+    std::string strKey;
     {
-        SetError(strKey, strError);
+        const std::lock_guard lock(m_Mutex);
+        strKey = GetKey(pPath);
+        const auto pSlot = m_mapSlots.find(strKey);
+        if (pSlot != m_mapSlots.end() && pSlot->second.m_pDrive != nullptr)
+            return (m_mapPaths[strPath] = &pSlot->second)->m_pDrive.get();
+    }
+    std::string strError;
+    std::unique_ptr<ServiceDrive> pDrive;
+    if (strKey.empty())
+        strError = "No drive is named; 'rondel drives' lists those that are there.";
+    else if (strKey == GetLetterText(nLetter))
+        strError = strKey + " is no drive here; 'rondel drives' lists them.";
+    else
+        pDrive = m_MakeDrive(strKey, strError);
+    const bool bLoaded = pDrive != nullptr && pDrive->Load(strError);
+
+    const std::lock_guard lock(m_Mutex);
+    SetError(strKey, bLoaded ? std::string() : strError);
+    if (!bLoaded)
+    {
+        (void)m_mapPaths.erase(strPath);
         return nullptr;
     }
-    m_mapKeys[pPath] = strKey;
-    return (m_mapDrives[strKey] = std::move(pDrive)).get();
+    DRIVE_SLOT& slot = MakeSlot(strKey);
+    // Another thread may have been first; its drive is in use by now.
+    if (slot.m_pDrive == nullptr)
+        slot.m_pDrive = std::move(pDrive);
+    return (m_mapPaths[strPath] = &slot)->m_pDrive.get();
 }
 
 bool DiscManager::AcquireDrive(LyString strPath, bool)
 {
-    const std::lock_guard lock(m_Mutex);
-    const std::string strKey = GetImagePath(strPath);
-    ServiceDrive* pDrive = FindDrive(strKey);
+    return Guard(false, [&] { return Acquire(strPath); });
+}
+
+bool DiscManager::Acquire(const wchar_t* pPath)
+{
+    DRIVE_SLOT* pSlot = FindSlot(pPath);
+    if (pSlot == nullptr)
+        return false;
     std::string strError;
-    if (pDrive != nullptr && pDrive->Acquire(strError))
-    {
-        if (m_strErrorKey == strKey)
-            m_strErrorKey.clear();
-        return true;
-    }
-    SetError(strKey, strError);
-    return false;
+    const bool bAcquired = pSlot->m_pDrive->Acquire(strError);
+    const std::lock_guard lock(m_Mutex);
+    pSlot->m_nHolders += bAcquired ? 1 : 0;
+    SetError(pSlot->m_strPath, bAcquired ? std::string() : strError);
+    return bAcquired;
 }
 
 void DiscManager::ReleaseDrive(LyString strPath, bool)
 {
-    const std::lock_guard lock(m_Mutex);
-    if (ServiceDrive* pDrive = FindDrive(GetImagePath(strPath)))
-        pDrive->Release();
+    (void)Guard(false,
+                [&]
+                {
+                    DRIVE_SLOT* pSlot = FindSlot(strPath);
+                    if (pSlot == nullptr)
+                        return false;
+                    pSlot->m_pDrive->Release();
+                    const std::lock_guard lock(m_Mutex);
+                    pSlot->m_nHolders = std::max(0, pSlot->m_nHolders - 1);
+                    return true;
+                });
 }
 
 bool DiscManager::SendCommand(const wchar_t* pPath, unsigned char* pCDB, int nCDBBytes, unsigned char* pData,
                               int& nDataBytes, DRIVE_TRANSFERTYPE eType, int nTimeoutMs, unsigned char* pSense,
                               int nSenseBytes)
 {
-    ServiceDrive* pDrive = nullptr;
-    {
-        // The usual path was seen before and costs one look-up, no conversion. Drives are never removed.
-        const std::lock_guard lock(m_Mutex);
-        const auto pKey = m_mapKeys.find(std::wstring_view(pPath != nullptr ? pPath : L""));
-        pDrive = FindDrive(pKey != m_mapKeys.end() ? pKey->second : GetImagePath(pPath));
-    }
+    const int nRoom = nDataBytes;
     SENSE_DATA sense;
-    if (pDrive != nullptr && pDrive->Send({pCDB, nCDBBytes, pData, nDataBytes, eType, nTimeoutMs}, sense))
-        return true;
-    if (pDrive == nullptr)
+    const auto send = [&]
     {
-        sense.Set({SENSE_NOT_READY, ASC_MEDIUM_NOT_PRESENT, 0});
-        if (pData != nullptr && nDataBytes > 0)
-            std::memset(pData, 0, static_cast<size_t>(nDataBytes));
-    }
-    if (pSense != nullptr && nSenseBytes > 0)
-        std::memcpy(pSense, sense.m_aryBytes, static_cast<size_t>(std::min(nSenseBytes, SENSE_BYTES)));
+        const DRIVE_SLOT* pSlot = FindSlot(pPath);
+        if (pSlot == nullptr)
+        {
+            sense.Set({SENSE_NOT_READY, ASC_MEDIUM_NOT_PRESENT, 0});
+            return false;
+        }
+        const DRIVE_COMMAND command = {pCDB, nCDBBytes, pData, nDataBytes, eType, nTimeoutMs};
+        return Send(*pSlot->m_pDrive, pSlot->m_nEvidence, command, sense);
+    };
+    if (Guard(false, send))
+        return true;
+    // Each kind of drive does this by itself, too: old bytes must never pass for new ones. Data on its way to the
+    // drive stays, since it may be sent again.
+    if (eType == DRIVE_TRANSFER_NONE || eType == DRIVE_TRANSFER_IN)
+        ZeroData(pData, nRoom);
+    CopySense(sense, pSense, nSenseBytes);
     return false;
+}
+
+bool DiscManager::Send(ServiceDrive& drive, int nEvidence, const DRIVE_COMMAND& command, SENSE_DATA& sense)
+{
+    const EVIDENCE_START start = EVIDENCE_START::Now();
+    const bool bGood = drive.Send(command, sense);
+    m_Evidence.Record(nEvidence, start, command, bGood, sense);
+    return bGood;
 }
 
 std::string DiscManager::GetErrorText(const wchar_t* pPath)
 {
-    const std::lock_guard lock(m_Mutex);
-    const std::string strKey = GetImagePath(pPath);
-    if (m_strErrorKey == strKey && !m_strError.empty())
-        return m_strError;
-    ServiceDrive* pDrive = FindDrive(strKey);
+    ServiceDrive* pDrive = nullptr;
+    {
+        const std::lock_guard lock(m_Mutex);
+        const std::string strKey = GetKey(pPath);
+        for (const ERROR_TEXT& error : m_aryErrors)
+            if (error.m_strKey == strKey)
+                return error.m_strSentence;
+        const auto pSlot = m_mapSlots.find(strKey);
+        pDrive = pSlot != m_mapSlots.end() ? pSlot->second.m_pDrive.get() : nullptr;
+    }
     return pDrive != nullptr ? pDrive->GetReadErrorText() : std::string();
 }
 
 std::string DiscManager::GetWarnings(const wchar_t* pPath)
 {
+    const DRIVE_SLOT* pSlot = FindSlot(pPath);
+    return pSlot != nullptr ? pSlot->m_pDrive->GetWarnings() : std::string();
+}
+
+// The usual path was seen before and costs one look-up, no conversion.
+DiscManager::DRIVE_SLOT* DiscManager::FindSlot(const wchar_t* pPath)
+{
     const std::lock_guard lock(m_Mutex);
-    ServiceDrive* pDrive = FindDrive(GetImagePath(pPath));
-    return pDrive != nullptr ? pDrive->GetWarnings() : std::string();
+    const auto pKnown = m_mapPaths.find(std::wstring_view(pPath != nullptr ? pPath : L""));
+    if (pKnown != m_mapPaths.end())
+        return pKnown->second;
+    const auto pSlot = m_mapSlots.find(GetKey(pPath));
+    return pSlot != m_mapSlots.end() && pSlot->second.m_pDrive != nullptr ? &pSlot->second : nullptr;
 }
 
-ServiceDrive* DiscManager::FindDrive(const std::string& strKey)
+// The absolute path that a path names. A letter that nobody has stays as it is: "E:".
+std::string DiscManager::GetKey(const wchar_t* pPath) const
 {
-    const auto pFound = m_mapDrives.find(strKey);
-    return pFound != m_mapDrives.end() ? pFound->second.get() : nullptr;
+    const auto pKnown = m_mapPaths.find(std::wstring_view(pPath != nullptr ? pPath : L""));
+    if (pKnown != m_mapPaths.end() && pKnown->second->m_nHolders > 0)
+        return pKnown->second->m_strPath;
+    const int nLetter = GetDriveLetter(pPath);
+    if (nLetter == NO_DRIVE_LETTER)
+        return GetDeviceNode(GetImagePath(pPath));
+    const std::string& strPath = m_Letters.GetPath(nLetter);
+    return strPath.empty() ? GetLetterText(nLetter) : strPath;
 }
 
-void DiscManager::SetError(const std::string& strKey, const std::string& strError)
+DiscManager::DRIVE_SLOT& DiscManager::MakeSlot(const std::string& strKey)
 {
-    m_strErrorKey = strKey;
-    m_strError = strError;
+    DRIVE_SLOT& slot = m_mapSlots[strKey];
+    if (slot.m_nEvidence == 0)
+    {
+        slot.m_strPath = strKey;
+        slot.m_nEvidence = static_cast<int>(std::min<size_t>(m_mapSlots.size(), Evidence::MAX_DRIVES));
+    }
+    return slot;
+}
+
+void DiscManager::SetError(const std::string& strKey, const std::string& strSentence)
+{
+    std::erase_if(m_aryErrors, [&](const ERROR_TEXT& error) { return error.m_strKey == strKey; });
+    if (strSentence.empty())
+        return;
+    if (m_aryErrors.size() == MAX_ERROR_TEXTS)
+        m_aryErrors.pop_front();
+    m_aryErrors.push_back({strKey, strSentence});
 }

@@ -1,4 +1,5 @@
-// DriveFactory: which kind of drive a path is for.
+// DriveFactory: which kind of drive a path is for: hardware behind a device node, an image that behaves like hardware
+// as its profile tells, or an image. Threads: any; a function without state.
 
 #pragma once
 
@@ -6,6 +7,6 @@
 #include <memory>
 #include <string>
 
-// Makes the drive of an absolute path, UTF-8: a device node is hardware, everything else an image. Nothing is opened
-// yet. Null, with one sentence, if nothing of the kind can be there.
+// Makes the drive of an absolute path, UTF-8: nothing is opened yet but a profile, to see whether there is one. Null,
+// with one sentence, if nothing of the kind can be there.
 std::unique_ptr<ServiceDrive> CreateServiceDrive(const std::string& strPath, std::string& strError);

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <utility>
 
 namespace
 {
@@ -74,7 +75,10 @@ bool ImageDrive::Load(std::string& strError)
 {
     const std::lock_guard lock(m_Mutex);
     if (m_pImage == nullptr)
+    {
         m_pImage = m_Open(strError);
+        m_bOpenedAhead = m_pImage != nullptr && m_nHolders == 0;
+    }
     return m_pImage != nullptr;
 }
 
@@ -83,8 +87,9 @@ bool ImageDrive::Acquire(std::string& strError)
     const std::lock_guard lock(m_Mutex);
     if (m_nHolders == 0)
     {
-        // Opened anew: the file may be another one than last time.
-        m_pImage = m_Open(strError);
+        // What Load has just opened is the disc. Later it is opened anew: the file may be another one than last time.
+        if (!std::exchange(m_bOpenedAhead, false) || m_pImage == nullptr)
+            m_pImage = m_Open(strError);
         m_nUnreadable = 0;
         m_nHeadLBA = 0;
         m_bTrayOpen = false;

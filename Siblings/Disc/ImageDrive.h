@@ -38,7 +38,8 @@ public:
 
     // Opens the image, if it is not open. False, with one sentence, if it cannot be.
     bool Load(std::string& strError) override;
-    // One more user of the disc. The first one opens the image and forgets earlier read errors.
+    // One more user of the disc. The first one opens the image, unless Load has just done so, and forgets earlier read
+    // errors.
     bool Acquire(std::string& strError) override;
     // One user less. The last one closes the image and unlocks the door.
     void Release() override;
@@ -80,6 +81,7 @@ private:
     const std::string m_strImagePath;
     const OPENER m_Open;
     std::unique_ptr<DiscImage> m_pImage; // null while nobody uses the drive
+    bool m_bOpenedAhead = false;         // by Load, for the first holder
     int m_nHolders = 0;
     int m_nUsers = 0;
     bool m_bTrayOpen = false;

@@ -54,14 +54,14 @@ TEST_F(RondelErrors, ADiscThatIsNotThere)
 TEST_F(RondelErrors, ASheetThatIsNone)
 {
     (void)m_Folder.Write("random.cue", MakePattern(0, 5000));
-    ExpectNoDisc(Get("random.cue"), {"random.cue", "open the .cue or .toc file"});
+    ExpectNoDisc(Get("random.cue"), {"random.cue", "open the .cue, .toc, .ccd or .nrg file"});
     (void)m_Folder.Write("text.cue", "This is a letter.\nIt has two lines.\n");
     ExpectNoDisc(Get("text.cue"), {"text.cue"});
     (void)m_Folder.Write("empty.cue", "");
     ExpectNoDisc(Get("empty.cue"), {"empty.cue", "is empty", "copy it again"});
     std::filesystem::resize_file(m_Folder.Write("huge.cue", "x"), 1LL << 33);
     ExpectNoDisc(Get("huge.cue"), {"huge.cue", "too large"});
-    ExpectNoDisc(Get("a.bin"), {"a.bin", "too large for a CUE sheet", "open the sheet"});
+    ExpectNoDisc(Get("a.bin"), {"a.bin", "too large for the sheet of an image", "open the sheet"});
 }
 
 TEST_F(RondelErrors, AnImageThatIsMissingOrEmpty)

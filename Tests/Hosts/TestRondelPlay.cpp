@@ -93,24 +93,6 @@ TEST_F(RondelPlay, NamesOfAllKindsPlay)
     }
 }
 
-TEST_F(RondelPlay, WithoutAnOutputTheMachinesPlayerIsFed)
-{
-    const auto player =
-        m_Folder.Write("bin/aplay", "#!/bin/sh\n/bin/cat > '" + m_Folder.Get("heard.wav").string() + "'\n");
-    std::filesystem::permissions(player, std::filesystem::perms(0755));
-    const std::string strPath = "PATH='" + m_Folder.Get("bin").string() + "'; export PATH; ";
-    const HOST_RESULT result = HostProcess::RunShell(strPath + "exec \"$RONDEL\" play '" + m_strCue + "' 1 --to 2");
-    EXPECT_EQ(0, result.m_nExit) << result.m_strErrors;
-    EXPECT_TRUE(SameBytes(MakePatternSectors(0, 150), GetWavSamples(ReadWholeFile(m_Folder.Get("heard.wav")))));
-
-    (void)m_Folder.Write("bin/aplay", "#!/bin/sh\nexit 3\n");
-    ExpectSentence(HostProcess::RunShell(strPath + "exec \"$RONDEL\" play '" + m_strCue + "' 1 --to 0.01"), 1,
-                   {"-o FILE.wav"});
-    std::filesystem::remove(player);
-    ExpectSentence(HostProcess::RunShell(strPath + "exec \"$RONDEL\" play '" + m_strCue + "' 1"), 1,
-                   {"no program that plays sound was found", "alsa-utils", "-o FILE.wav"});
-}
-
 TEST_F(RondelPlay, AudioFilesBehindASheetPlayDecoded)
 {
     // A FLAC of 300 sectors of the pattern, made by the tool whose format it is.

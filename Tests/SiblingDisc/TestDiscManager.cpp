@@ -91,6 +91,8 @@ TEST_F(DiscManagerTest, AnUnknownDriveFailsWithSenseAndAZeroedBuffer)
 TEST_F(DiscManagerTest, AnImageThatVanishedIsRefusedWithItsReason)
 {
     ASSERT_NE(nullptr, m_Manager.GetDrive(m_strPath));
+    ASSERT_TRUE(m_Manager.AcquireDrive(m_strPath, true));
+    m_Manager.ReleaseDrive(m_strPath, false);
     std::filesystem::remove(m_strCue);
     EXPECT_FALSE(m_Manager.AcquireDrive(m_strPath, true));
     EXPECT_NE(std::string::npos, m_Manager.GetErrorText(m_strPath).find("a,b.cue"));

@@ -417,6 +417,47 @@ TEST_F(ImageDriveTest, RequestSenseHasNothingLeftToTell)
     EXPECT_EQ(0, m_Data[2]);
 }
 
+TEST_F(ImageDriveTest, WhatLoadOpenedServesTheFirstHolderOnly)
+{
+    int nOpened = 0;
+    const std::string strCue = m_Folder.GetPath("disc.cue");
+    ImageDrive drive(strCue,
+                     [&](std::string& strError)
+                     {
+                         ++nOpened;
+                         return DiscImage::Open(strCue, strError);
+                     });
+    std::string strError;
+    ASSERT_TRUE(drive.Load(strError));
+    ASSERT_TRUE(drive.Load(strError));
+    ASSERT_TRUE(drive.Acquire(strError));
+    ASSERT_TRUE(drive.Acquire(strError));
+    ASSERT_TRUE(drive.Load(strError));
+    EXPECT_EQ(1, nOpened);
+    drive.Release();
+    drive.Release();
+    // The file may be another one by now.
+    ASSERT_TRUE(drive.Acquire(strError));
+    EXPECT_EQ(2, nOpened);
+    drive.Release();
+    ASSERT_TRUE(drive.Load(strError));
+    ASSERT_TRUE(drive.Acquire(strError));
+    EXPECT_EQ(3, nOpened);
+}
+
+TEST_F(ImageDriveTest, ADiscThatWasTakenOutBehindLoadIsOpenedAnew)
+{
+    ImageDrive drive(m_Folder.GetPath("disc.cue"));
+    std::string strError;
+    ASSERT_TRUE(drive.Load(strError));
+    const unsigned char aryEject[6] = {CDB_START_STOP_UNIT, 0, 0, 0, START_STOP_LOAD_EJECT, 0};
+    int nBytes = 0;
+    ASSERT_TRUE(drive.Execute({aryEject, 6, nullptr, nBytes, DRIVE_TRANSFER_NONE}, m_Sense));
+    EXPECT_EQ(0, drive.GetStateA());
+    ASSERT_TRUE(drive.Acquire(strError));
+    EXPECT_EQ(1, drive.GetStateA());
+}
+
 TEST_F(ImageDriveTest, TheImageIsOpenOnlyWhileSomebodyHoldsTheDrive)
 {
     std::string strError;
