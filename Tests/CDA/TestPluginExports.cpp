@@ -35,7 +35,19 @@ TEST(PluginExports, ThePluginExportsItsThreeFunctionsAndNothingElse)
 
 TEST(PluginExports, TheDiscServiceExportsItsEntriesAndNothingElse)
 {
-    EXPECT_EQ((Names{"Attach", "Detach", "GetDiscErrorText", "GetDiscManagerDLL", "GetDiscWarnings", "LyDiscInitialize",
-                     "LyDiscUninitialize"}),
+    EXPECT_EQ((Names{"Attach", "Detach", "EnumerateDiscDrives", "GetDiscErrorText", "GetDiscEvidence",
+                     "GetDiscManagerDLL", "GetDiscWarnings", "LyDiscInitialize", "LyDiscUninitialize"}),
               GetExports(RONDEL_BIN_DIR "/libLyDisc.dylib"));
+}
+
+TEST(PluginExports, TheToolsLibraryExportsItsEntriesAndNothingElse)
+{
+    EXPECT_EQ((Names{"Attach", "Detach", "EnumerateLyOptions", "GetLyToolsDLL"}),
+              GetExports(RONDEL_BIN_DIR "/libLyTools.dylib"));
+}
+
+TEST(PluginExports, TheReaderLibraryExportsItsEntriesAndNothingElse)
+{
+    EXPECT_EQ((Names{"Attach", "CreateGenericReaderDLL", "Detach", "LyReaderInitialize", "LyReaderUninitialize"}),
+              GetExports(RONDEL_BIN_DIR "/libLyReader.dylib"));
 }
