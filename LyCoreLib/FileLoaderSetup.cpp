@@ -89,7 +89,8 @@ bool CFileLoader::SetDownloadParametersData(void* pData, int nBytes, bool bCopy)
 
 bool CFileLoader::AddDownloadParameter(const LyString& strName, const LyString& strValue)
 {
-    const LyString strCopy(strValue); // the value may be one of the list, which moves when it grows
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): strValue may be one of the list, which may move
+    const LyString strCopy(strValue);
     // Deliberate: names are looked for among the values, too. Names are words of their own that no value uses.
     const int nName = m_DownloadParameters.FindString(strName, true, true);
     if (nName >= 0 && nName + 1 < m_DownloadParameters.GetSize())

@@ -8,9 +8,10 @@
 
 #pragma once
 
+#include "LyFilename.h"
+#include "LyString.h"
+
 class ILyReader;
-class LyFilename;
-class LyString;
 
 class LyBuffer
 {

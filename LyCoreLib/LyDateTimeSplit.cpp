@@ -59,6 +59,7 @@ LyDateTime::LyBrokenOutDateTime::LyBrokenOutDateTime(const LyDateTime& date, boo
 // The days by which the time of day has rounded up: 0 or 1.
 double LyDateTime::LyBrokenOutDateTime::SetTime(double fDayFraction, bool bRoundToSeconds)
 {
+    // NOLINTNEXTLINE(bugprone-incorrect-roundings): the fraction is never below zero, where adding a half goes wrong
     int nMS = static_cast<int>(fDayFraction * SECONDS_PER_DAY * MS_PER_SECOND + 0.5);
     if (bRoundToSeconds)
         nMS = (nMS + MS_PER_SECOND / 2) / MS_PER_SECOND * MS_PER_SECOND;

@@ -287,6 +287,8 @@ private:
 };
 static_assert(sizeof(LyString) == sizeof(void*));
 
+using CFormatArgument = LyString::CFormatArgument; // for those who only hand arguments on
+
 LyString operator+(const LyString& a, const LyString& b);
 LyString operator+(const LyString& a, const wchar_t* b);
 LyString operator+(const wchar_t* a, const LyString& b);

@@ -6,6 +6,7 @@
 
 #pragma once
 
+#include "LyBuffer.h"
 #include "LyString.h"
 
 enum LYSTRING_ENCODING : int

@@ -6,7 +6,9 @@
 
 #pragma once
 
+#include "ILyMessageBox.h"
 #include "LyPtr.h"
+#include "LySharedToolsHelper.h"
 #include "LyString.h"
 
 // One store of options, made by the tools library. The order of the operations is their order in the virtual table,

@@ -5,10 +5,9 @@
 
 #pragma once
 
+#include "LyBuffer.h"
 #include "LyPtr.h"
 #include "LyString.h"
-
-class LyBuffer;
 
 // A gzip file, open for reading.
 class IZLibFile
@@ -18,18 +17,19 @@ public:
     virtual int Read(void* pBuffer, int nBytes) = 0; // the bytes produced; 0 or less at the end or on an error
 };
 
-// Both give the bytes written, or -1 if the input is bad or the output does not fit.
+// Both give the bytes written, or -1 if the input is bad or the output does not fit. A service that offers no work on
+// buffers leaves them, and the operations that make them, as they are.
 class IZLibBufferCompressor
 {
 public:
     virtual ~IZLibBufferCompressor() = default;
-    virtual int Compress(const void* pInput, int nInputBytes, void* pOutput, int nOutputBytes) = 0;
+    virtual int Compress(const void*, int /*nInputBytes*/, void* /*pOutput*/, int /*nOutputBytes*/) { return -1; }
 };
 class IZLibBufferDecompressor
 {
 public:
     virtual ~IZLibBufferDecompressor() = default;
-    virtual int Decompress(const void* pInput, int nInputBytes, void* pOutput, int nOutputBytes) = 0;
+    virtual int Decompress(const void*, int /*nInputBytes*/, void* /*pOutput*/, int /*nOutputBytes*/) { return -1; }
 };
 
 // The order of the operations is their order in the virtual table, in which the destructor takes two places.
@@ -38,8 +38,8 @@ class IZLib
 public:
     virtual ~IZLib() = default;
     // The level is zlib's, -1 for its default; the format is 1 for the zlib wrapper (RFC 1950).
-    virtual IZLibBufferCompressor* CreateBufferCompressor(int nLevel, int nFormat) = 0;
-    virtual IZLibBufferDecompressor* CreateBufferDecompressor() = 0;
+    virtual IZLibBufferCompressor* CreateBufferCompressor(int /*nLevel*/, int /*nFormat*/) { return nullptr; }
+    virtual IZLibBufferDecompressor* CreateBufferDecompressor() { return nullptr; }
     virtual IZLibFile* OpenFile(const wchar_t* pPath) = 0; // null if the file cannot be opened
 };
 

@@ -26,6 +26,11 @@ target_compile_options(RondelFlags INTERFACE
 target_compile_options(RondelFlags INTERFACE $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>)
 # The lock annotations of GlobalMacros.h.
 target_compile_options(RondelFlags INTERFACE $<$<CXX_COMPILER_ID:Clang,AppleClang>:-Wthread-safety>)
+# Some three hundred programs are linked for the sanitizers: the quicker linker, where there is one.
+find_program(RONDEL_LLD ld.lld)
+if(RONDEL_SANITIZE AND RONDEL_LLD)
+    add_link_options(-fuse-ld=lld)
+endif()
 if(RONDEL_SANITIZE)
     target_compile_options(RondelFlags INTERFACE -fsanitize=${RONDEL_SANITIZE} -fno-omit-frame-pointer
         -fno-sanitize-recover=all)
@@ -54,6 +59,7 @@ target_include_directories(RondelFlags INTERFACE
     "${PROJECT_SOURCE_DIR}/LyCoreLib/Media"
     "${PROJECT_SOURCE_DIR}/LyCoreLib/Platform"
     "${PROJECT_SOURCE_DIR}/Disc/Drive"
+    "${PROJECT_SOURCE_DIR}/Disc/Checksums"
     "${PROJECT_SOURCE_DIR}/Disc/RipperLib"
     "${PROJECT_SOURCE_DIR}/Plugins/Input/CDA"
     "${PROJECT_SOURCE_DIR}/Siblings/Disc"

@@ -36,6 +36,8 @@ int CDAC::Lasterror()
 
 void CDAC::Copy()
 {
+    // Taken once, ahead of WriteInit: who raises the maximum from then on lengthens the cache defeat, not the blocks.
+    const int nBlockSize = m_pCD != nullptr ? m_pCD->GetMaxSektors() : 0; // an empty list needs no drive
     WriteInit();
     WritePercent(0);
     m_nBufferIndex = 0;
@@ -43,7 +45,7 @@ void CDAC::Copy()
     m_nReReads = 0;
     for (int i = 0; i < m_pSectorList->GetSize() && m_bRunning; ++i)
     {
-        if (!CopySection(i))
+        if (!CopySection(i, nBlockSize))
         {
             WriteDone();
             return;
@@ -58,9 +60,8 @@ void CDAC::Copy()
 }
 
 // Copies one section. False if the whole copy ends here.
-bool CDAC::CopySection(int nIndex)
+bool CDAC::CopySection(int nIndex, int nBlockSize)
 {
-    const int nBlockSize = m_pCD->GetMaxSektors();
     m_nSectorsLeft = m_pSectorList->GetNumSectors(nIndex);
     m_nCurrentSector = m_pSectorList->GetStartSector(nIndex);
     m_nTrack = m_pSectorList->GetTrackNum(nIndex);
@@ -70,7 +71,8 @@ bool CDAC::CopySection(int nIndex)
     m_nSectionStart = m_nCurrentSector;
     m_nSectionEnd = m_nSectionStart + m_nSectorsLeft;
 
-    for (bool bFirst = true; m_nSectorsLeft != 0 && m_bRunning; bFirst = false)
+    // A negative length counts as none, and without a block size there is nothing to read by.
+    for (bool bFirst = true; m_nSectorsLeft > 0 && nBlockSize > 0 && m_bRunning; bFirst = false)
     {
         m_nBlockSectors = std::min(m_nSectorsLeft, nBlockSize);
         if (m_pCD->GetMode() == 1)

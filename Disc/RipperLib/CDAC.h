@@ -95,7 +95,7 @@ public:
 private:
     bool ReadOnce(int nStart, int nCount, void* pBuffer);
     void Report(SECURE_READ_STATUS eStatus, int nStart, int nSectors);
-    bool CopySection(int nIndex);
+    bool CopySection(int nIndex, int nBlockSize);
     bool HandleBlockError();
     void WriteBlock(int nSectors, int nBuffer);
     void ReportProgress(int nIndex);

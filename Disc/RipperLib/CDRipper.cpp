@@ -137,6 +137,7 @@ int CCDRipper::RunCopy()
         m_pReader->m_bRipping = true;
         m_pReader->m_pDAC->Copy();
         nError = m_pReader->m_pDAC->Lasterror();
+        const LySingleLock lock(&m_CopyLock);
         CDAC::Delete(m_pReader->m_pDAC);
         m_pReader->m_pDAC = nullptr;
     }
@@ -151,7 +152,10 @@ bool CCDRipper::ProcessMainThreadMessage(int, long long) { return true; }
 
 bool CCDRipper::Stop()
 {
-    if (m_pReader != nullptr && m_pReader->m_pDAC != nullptr)
-        m_pReader->m_pDAC->StopCopy();
+    {
+        const LySingleLock lock(&m_CopyLock);
+        if (m_pReader != nullptr && m_pReader->m_pDAC != nullptr)
+            m_pReader->m_pDAC->StopCopy();
+    }
     return LyThread::Stop(-1);
 }

@@ -95,4 +95,6 @@ public:
 
 private:
     int RunCopy();
+
+    LyLock m_CopyLock; // over the end of m_pDAC, which Stop of another thread may be looking at
 };

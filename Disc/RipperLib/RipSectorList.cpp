@@ -17,10 +17,10 @@ int RipSectorList::GetTrackNum(int nIndex) const
 
 int RipSectorList::GetTotalSectors(int nIndex) const
 {
-    int nTotal = 0;
+    unsigned int nTotal = 0; // wraps, where lengths are no lengths
     for (int i = nIndex; i < GetSize(); ++i)
-        nTotal += (*this)[i].nSectors;
-    return nTotal;
+        nTotal += static_cast<unsigned int>((*this)[i].nSectors);
+    return static_cast<int>(nTotal);
 }
 
 int RipSectorList::GetRemainingSectors(int nIndex) const { return GetTotalSectors(nIndex); }

@@ -87,7 +87,7 @@ int CDAC::ReadMulti(int nStart, int nCount, void* pBuffer)
 bool CDAC::GetBufferMatch(const unsigned char* pA, const unsigned char* pB, int nBytes, bool bCountSectors,
                           int& nMismatched)
 {
-    const bool bEqual = std::memcmp(pA, pB, static_cast<size_t>(nBytes)) == 0;
+    const bool bEqual = nBytes < 1 || std::memcmp(pA, pB, static_cast<size_t>(nBytes)) == 0;
     if (!bCountSectors)
         return bEqual;
     nMismatched = 0;
@@ -111,15 +111,15 @@ int CDAC::SecureRead(int nStart, int nCount)
     unsigned char* pBlock = m_pBuffers[m_nBufferIndex];
     unsigned char* pComparison = m_pBuffers[COMPARISON_BUFFER];
     int nDelivered = ReadMulti(nStart, nCount, pBlock);
+    if (nDelivered == 0)
+    {
+        Report(SECURE_READ_NOTHING, nStart, nCount); // the error of the salvage stays, and ends the copy
+        return 0;
+    }
     if (nDelivered < nCount)
     {
-        if (nDelivered == 0)
-            Report(SECURE_READ_NOTHING, nStart, nCount);
-        else
-        {
-            Report(SECURE_READ_SHORT, nStart, nCount - nDelivered);
-            m_nLastError = CDAC_NO_ERROR;
-        }
+        Report(SECURE_READ_SHORT, nStart, nCount - nDelivered);
+        m_nLastError = CDAC_NO_ERROR;
         return 0;
     }
     SECURE_READ_RESULT result{SECURE_READ_PLAIN, 0, nCount, nStart - m_nSectionStart, 0};

@@ -1,12 +1,12 @@
 #include "AudioOutput.h"
 #include "CDUnits.h"
 #include "HostError.h"
+#include "PartialFile.h"
 #include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
-#include <filesystem>
 #include <sndfile.h>
 #include <unistd.h>
 
@@ -96,67 +96,56 @@ private:
 class FileOutput : public AudioOutput
 {
 public:
-    explicit FileOutput(const std::string& strPath) : m_strPath(strPath), m_strPartial(strPath + ".part")
+    explicit FileOutput(const std::string& strPath) : m_strPath(strPath), m_Partial(strPath)
     {
+        if (!m_Partial.GetIsOpen())
+            ThrowNotWritable(strPath);
         SF_INFO info{};
         info.samplerate = LY_CD_SAMPLE_RATE;
         info.channels = 2;
         info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
-        errno = 0;
-        m_pFile = sf_open(m_strPartial.c_str(), SFM_WRITE, &info);
+        m_pFile = sf_open_fd(m_Partial.TakeDescriptor(), SFM_WRITE, &info, SF_TRUE);
         if (m_pFile == nullptr)
-            ThrowNotWritable(strPath);
+            ThrowFailure();
     }
     ~FileOutput() override
     {
-        if (m_pFile == nullptr)
-            return;
-        sf_close(m_pFile);
-        std::error_code error;
-        std::filesystem::remove(m_strPartial, error);
+        if (m_pFile != nullptr)
+            sf_close(m_pFile);
     }
     void Write(const unsigned char* pData, int nBytes) override
     {
         if (sf_write_raw(m_pFile, pData, nBytes) != nBytes)
-            throw HostError(m_strPath + " could not be written to its end; is the disk full? Choose another place.");
+            ThrowFailure();
     }
     void Finish() override
     {
         SNDFILE* pFile = m_pFile;
         m_pFile = nullptr;
-        std::error_code error;
-        const bool bClosed = sf_close(pFile) == 0;
-        if (bClosed)
-            std::filesystem::rename(m_strPartial, m_strPath, error);
-        if (bClosed && !error)
-            return;
-        std::filesystem::remove(m_strPartial, error);
-        throw HostError(m_strPath + " could not be finished; is the disk full? Choose another place.");
+        if (sf_close(pFile) != 0 || !m_Partial.Finish())
+            ThrowFailure();
     }
 
 private:
+    [[noreturn]] void ThrowFailure() const
+    {
+        throw HostError(m_strPath + " could not be written to its end; is the disk full? Choose another place.");
+    }
+
     std::string m_strPath;
-    std::string m_strPartial;
+    PartialFile m_Partial;
     SNDFILE* m_pFile = nullptr;
 };
 
-// A file is written beside its name and renamed when it is whole. What is no file (a device, a named pipe) stays what
-// it is and is written to; a link leads to the file that it means.
 std::unique_ptr<AudioOutput> OpenFile(const std::string& strPath, long long nExpectedBytes)
 {
-    std::error_code error;
-    const std::filesystem::file_status status = std::filesystem::status(strPath, error);
-    if (std::filesystem::is_directory(status))
-        throw HostError(strPath + " is a folder; name a file in it.");
-    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
-    {
-        FILE* pStream = std::fopen(strPath.c_str(), "wb");
-        if (pStream == nullptr)
-            ThrowNotWritable(strPath);
-        return std::make_unique<StreamOutput>(pStream, std::fclose, nExpectedBytes);
-    }
-    const std::filesystem::path target = std::filesystem::weakly_canonical(strPath, error);
-    return std::make_unique<FileOutput>(error ? strPath : target.string());
+    const OUTPUT_PLACE place = FindOutputPlace(strPath);
+    if (place.bFile)
+        return std::make_unique<FileOutput>(place.strPath);
+    FILE* pStream = std::fopen(place.strPath.c_str(), "wb");
+    if (pStream == nullptr)
+        ThrowNotWritable(strPath);
+    return std::make_unique<StreamOutput>(pStream, std::fclose, nExpectedBytes);
 }
 } // namespace
 

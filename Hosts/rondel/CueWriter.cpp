@@ -1,9 +1,8 @@
 #include "CueWriter.h"
 #include "CDUnits.h"
 #include "HostError.h"
+#include "PartialFile.h"
 #include <cstdio>
-#include <filesystem>
-#include <fstream>
 
 namespace
 {
@@ -56,16 +55,10 @@ void WriteCue(const std::string& strPath, const CUE_DISC& disc)
     for (const CUE_TRACK& track : disc.aryTracks)
         strText += FormatTrack(++nNumber, track);
 
-    const std::string strPartial = strPath + ".part";
-    std::ofstream stream(strPartial, std::ios::binary | std::ios::trunc);
-    stream << strText;
-    stream.close();
-    std::error_code error;
-    if (stream)
-        std::filesystem::rename(strPartial, strPath, error);
-    if (!stream || error)
-    {
-        std::filesystem::remove(strPartial, error);
+    PartialFile partial(strPath);
+    FILE* pFile = partial.GetIsOpen() ? fdopen(partial.TakeDescriptor(), "wb") : nullptr;
+    bool bGood = pFile != nullptr && std::fwrite(strText.data(), 1, strText.size(), pFile) == strText.size();
+    bGood = (pFile == nullptr || std::fclose(pFile) == 0) && bGood;
+    if (!bGood || !partial.Finish())
         throw HostError(strPath + " cannot be written; is the disk full, or the folder closed to you?");
-    }
 }

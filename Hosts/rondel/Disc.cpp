@@ -41,8 +41,13 @@ void Disc::ReadTracks()
 {
     for (const TTrackListNode* pNode = m_pCD->m_FirstTrack; pNode != nullptr; pNode = pNode->pNext)
         m_aryTracks.push_back(pNode->Info);
-    if (m_aryTracks.empty())
-        throw HostError(m_strPath + " has no table of contents: is there an audio disc in the drive?");
+    if (!m_aryTracks.empty())
+        return;
+    const std::string strReason = GetDiscErrorText(m_strPath);
+    if (!strReason.empty())
+        throw HostError(strReason);
+    throw HostError(m_strPath + " has no table of contents that can be read; put an audio disc in the drive, or look "
+                                "at it with 'rondel drives'.");
 }
 
 const TTrackList& Disc::GetAudioTrack(int nTrack) const

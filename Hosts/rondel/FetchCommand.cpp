@@ -4,9 +4,12 @@
 #include "HostError.h"
 #include "ILyReader.h"
 #include "LySharedToolsHelper.h"
+#include "PartialFile.h"
 #include "Progress.h"
+#include "Services.h"
 #include "Text.h"
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -44,25 +47,24 @@ std::string GetInfo(ILyReader& reader, const wchar_t* pName)
                     "; check the name and try again.");
 }
 
-// Where the bytes go. A file is written beside its name and renamed when it is whole.
+// Where the bytes go. A file has its name only when it is whole.
 class Target
 {
 public:
-    explicit Target(const std::string& strPath) : m_strPath(strPath), m_strPartial(strPath + ".part")
+    explicit Target(const std::string& strPath) : m_strPath(strPath)
     {
+        std::signal(SIGPIPE, SIG_IGN); // a reader that has gone is an error to report, not a signal to die of
         if (strPath == "-" && isatty(STDOUT_FILENO) != 0)
             throw HostError("standard output is a terminal; pipe it into a program, or name a file with -o FILE.");
-        m_pFile = strPath == "-" ? stdout : std::fopen(m_strPartial.c_str(), "wb");
+        m_pFile = strPath == "-" ? stdout : Open(FindOutputPlace(strPath));
         if (m_pFile == nullptr)
             throw HostError(strPath + " cannot be written (" + std::strerror(errno) +
                             "); choose another place with -o.");
     }
     ~Target()
     {
-        if (m_pFile == nullptr || m_pFile == stdout)
-            return;
-        (void)std::fclose(m_pFile);
-        (void)std::remove(m_strPartial.c_str());
+        if (m_pFile != nullptr && m_pFile != stdout)
+            (void)std::fclose(m_pFile);
     }
     Target(const Target&) = delete;
     Target& operator=(const Target&) = delete;
@@ -80,19 +82,28 @@ public:
         if (pFile == stdout)
             return;
         m_pFile = nullptr;
-        if (std::fclose(pFile) != 0 || std::rename(m_strPartial.c_str(), m_strPath.c_str()) != 0)
+        if (std::fclose(pFile) != 0 || (m_pPartial != nullptr && !m_pPartial->Finish()))
             Fail();
     }
 
 private:
+    FILE* Open(const OUTPUT_PLACE& place)
+    {
+        if (!place.bFile)
+            return std::fopen(place.strPath.c_str(), "wb");
+        m_pPartial = std::make_unique<PartialFile>(place.strPath);
+        return m_pPartial->GetIsOpen() ? fdopen(m_pPartial->TakeDescriptor(), "wb") : nullptr;
+    }
     [[noreturn]] void Fail() const
     {
-        throw HostError(m_strPath + " could not be written to its end (" + std::strerror(errno) +
-                        "); choose another place with -o.");
+        if (errno == EPIPE)
+            throw HostError("the program that takes the data has ended early; start it again, or use -o FILE.");
+        throw HostError((m_strPath == "-" ? "standard output" : m_strPath) + " could not be written to its end (" +
+                        std::strerror(errno) + "); choose another place with -o.");
     }
 
     std::string m_strPath;
-    std::string m_strPartial;
+    std::unique_ptr<PartialFile> m_pPartial; // null: no file
     FILE* m_pFile = nullptr;
 };
 
@@ -100,18 +111,21 @@ private:
 std::string GetDefaultName(const std::string& strSource)
 {
     const std::string strPath = strSource.substr(0, strSource.find_first_of("?#"));
-    const std::string strName = strPath.substr(strPath.rfind('/') + 1);
-    if (strName.empty() || strName == "." || strName == ".." || std::filesystem::exists(strName))
+    std::string strName = strPath.substr(strPath.rfind('/') + 1);
+    if (std::filesystem::exists(strName))
+        throw HostError(strName + " is already there; name the file to write with -o FILE.");
+    if (strName.empty())
         throw HostError("it is not clear under which name to keep " + strSource + "; name a file with -o FILE.");
     return strName;
 }
 
 int Fetch(const FETCH_OPTIONS& options)
 {
+    RequireReader();
     const std::unique_ptr<ILyReader> pReader(CreateGenericReader(Widen(options.strSource)));
     if (pReader == nullptr)
-        throw HostError(options.strSource +
-                        " is neither a file nor an address that can be read; name a file or a file, "
+        throw HostError("\"" + options.strSource +
+                        "\" is neither a file nor an address that can be read; name a file or a file, "
                         "http or https URL.");
     pReader->SetTimeout(options.nTimeoutSeconds * 1000);
     pReader->SetProperty(L"READ_ONLY", L"1");

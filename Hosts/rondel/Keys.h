@@ -3,6 +3,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 
 enum KEY : int
 {
@@ -16,7 +17,8 @@ enum KEY : int
 };
 
 // While an object lives, the terminal of standard input hands over each key at once and shows none. It is put back when
-// the object goes, and an interrupt (Ctrl-C) ends nothing by force but becomes KEY_QUIT.
+// the object goes. What would end the program (Ctrl-C, SIGTERM, SIGHUP, SIGQUIT) becomes KEY_QUIT instead; said once
+// more, while a drive does not answer, it ends the program after all, with the terminal as it was.
 class Keys
 {
 public:
@@ -25,11 +27,18 @@ public:
     Keys(const Keys&) = delete;
     Keys& operator=(const Keys&) = delete;
 
-    // The next key, waiting at most so long; KEY_NONE if none came, or if standard input is no terminal.
+    // The next key, waiting at most so long; KEY_NONE if none came, or if standard input is no terminal that listens to
+    // this program.
     KEY Read(int nWaitMs);
-    bool GetIsTerminal() const { return m_pSaved != nullptr; }
 
 private:
-    struct SAVED_TERMINAL;
-    std::unique_ptr<SAVED_TERMINAL> m_pSaved; // null: no terminal
+    struct SAVED_STATE;
+
+    bool TakeTerminal();
+    KEY Gather(int nWaitMs);
+    KEY TakeKey();
+
+    std::unique_ptr<SAVED_STATE> m_pSaved;
+    bool m_bTerminal = false;
+    std::string m_strPending; // typed, not yet handed over
 };

@@ -21,7 +21,11 @@ class Listener
 {
 public:
     explicit Listener(const LISTEN_OPTIONS& options);
-    int Run();
+    ~Listener() { ClearLine(); }
+    Listener(const Listener&) = delete;
+    Listener& operator=(const Listener&) = delete;
+
+    double Run(); // the seconds that are missing at the end
 
 private:
     enum END
@@ -42,14 +46,17 @@ private:
     long long m_nPosition = 0; // bytes of the track handed to the card
     long long m_nLength = 0;
     bool m_bPaused = false;
-    bool m_bShows;
+    const bool m_bShows;
+    bool m_bShown = false;
+    double m_fMissingSeconds = 0;
 
     void OpenTrack(int nTrack, double fFrom);
     END PlayTrack(long long nEnd);
     bool TakeKey(KEY key, END& end);
     void TogglePause();
     void Seek(long long nPosition);
-    void Show() const;
+    void Show();
+    void ClearLine();
     int GetNeighbour(int nStep) const;
 };
 
@@ -61,6 +68,13 @@ Listener::Listener(const LISTEN_OPTIONS& options)
     for (const TTrackList& track : disc.GetTracks())
         if (track.bDataTrack == 0)
             m_aryTracks.push_back(track.nTrackNumber);
+}
+
+void Listener::ClearLine()
+{
+    if (m_bShown)
+        std::fputs("\r\033[K", stderr);
+    m_bShown = false;
 }
 
 void Listener::OpenTrack(int nTrack, double fFrom)
@@ -131,24 +145,31 @@ Listener::END Listener::PlayTrack(long long nEnd)
     END end = END_HEARD;
     for (;;)
     {
-        if (!TakeKey(m_Keys.Read(m_bPaused ? PAUSE_WAIT_MS : 0), end))
+        const KEY key = m_Keys.Read(m_bPaused ? PAUSE_WAIT_MS : 0);
+        if (!TakeKey(key, end))
             return end;
         Show();
-        if (m_bPaused)
+        if (m_bPaused || key != KEY_NONE) // all keys that were pressed go ahead of fetching more, which may take time
             continue;
         const int nWanted = static_cast<int>(std::min<long long>(BLOCK_BYTES, nEnd - m_nPosition));
         const int nGot = nWanted > 0 ? m_pSource->GetSamples(aryBlock.data(), nWanted) : 0;
         if (nGot < 1)
+        {
+            // The end of a track is short of less than one request.
+            if (nEnd - m_nPosition >= PLUGIN_REQUEST_BYTES)
+                m_fMissingSeconds = static_cast<double>(nEnd - m_nPosition) / LY_CD_SECOND_BYTES;
             return END_HEARD;
+        }
         m_Speakers.Write(aryBlock.data(), nGot);
         m_nPosition += nGot;
     }
 }
 
-void Listener::Show() const
+void Listener::Show()
 {
     if (!m_bShows)
         return;
+    m_bShown = true;
     const double fHeard = static_cast<double>(std::max(0LL, m_nPosition - m_Speakers.GetBytesAhead()));
     std::fprintf(stderr, "\rTrack %d  %s of %s%s  (space pauses, arrows seek, n and p change the track, q quits)\033[K",
                  m_nTrack, FormatSeconds(fHeard / LY_CD_SECOND_BYTES).c_str(),
@@ -164,7 +185,7 @@ int Listener::GetNeighbour(int nStep) const
     return nPlace < static_cast<std::ptrdiff_t>(m_aryTracks.size()) ? m_aryTracks[static_cast<size_t>(nPlace)] : 0;
 }
 
-int Listener::Run()
+double Listener::Run()
 {
     const long long nTo = static_cast<long long>(m_Options.fToSeconds * LY_CD_SAMPLE_RATE) * LY_CD_FRAME_BYTES;
     OpenTrack(m_nTrack, m_Options.fFromSeconds);
@@ -181,20 +202,14 @@ int Listener::Run()
     }
     if (end == END_HEARD)
         m_Speakers.Finish();
-    if (m_bShows)
-        std::fputs("\r\033[K", stderr);
-    m_pSource.reset(); // no source may outlive the plug-in
-    return EXIT_DONE;
+    ClearLine();
+    return m_fMissingSeconds;
 }
 } // namespace
 
 int Listen(const LISTEN_OPTIONS& options)
 {
     Listener listener(options);
-    const int nExit = listener.Run();
-    const std::string strUnread = GetDiscErrorText(options.strDrive);
-    if (!strUnread.empty())
-        throw HostError(strUnread);
-    ShowWarnings(options.strDrive);
-    return nExit;
+    ReportPlaying(options.strDrive, listener.Run()); // while the drive is still held: it knows of its disc
+    return EXIT_DONE;
 }

@@ -39,7 +39,6 @@ int Run(int nArguments, char** ppArguments)
 {
     CLI::App app("Plays and inspects audio CDs and disc images.", "rondel");
     app.set_version_flag("--version", std::string("rondel ") + RONDEL_VERSION);
-    app.footer(FOOTER);
     app.require_subcommand(1);
     app.failure_message(DescribeUsageError);
     int nExitCode = EXIT_DONE;
@@ -50,6 +49,7 @@ int Run(int nArguments, char** ppArguments)
     AddMakeDiscCommand(app, nExitCode);
     AddOptionsCommand(app, nExitCode);
     AddFetchCommand(app, nExitCode);
+    app.footer(FOOTER);     // at last, so that the commands do not show it, too
     (void)GetLyTools(true); // log, translation and messages, where the library is there
     try
     {

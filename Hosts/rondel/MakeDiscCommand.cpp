@@ -5,6 +5,7 @@
 #include "Commands.h"
 #include "CueWriter.h"
 #include "HostError.h"
+#include "PartialFile.h"
 #include "Progress.h"
 #include "Text.h"
 #include <algorithm>
@@ -13,7 +14,6 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <vector>
 
 namespace
@@ -38,22 +38,26 @@ struct MAKE_DISC_OPTIONS
 class BinFile
 {
 public:
-    explicit BinFile(const fs::path& path) : m_Path(path), m_Partial(path.string() + ".part")
+    explicit BinFile(const fs::path& path) : m_Path(path), m_Partial(path.string())
     {
-        m_Stream.open(m_Partial, std::ios::binary | std::ios::trunc);
-        if (!m_Stream)
+        m_pFile = m_Partial.GetIsOpen() ? fdopen(m_Partial.TakeDescriptor(), "wb") : nullptr;
+        if (m_pFile == nullptr)
             throw HostError(path.string() + " cannot be written (" + std::strerror(errno) +
                             "); choose a folder that is there and that you may write to.");
     }
     ~BinFile()
     {
-        std::error_code error;
-        fs::remove(m_Partial, error);
+        if (m_pFile != nullptr)
+            (void)std::fclose(m_pFile);
     }
+    BinFile(const BinFile&) = delete;
+    BinFile& operator=(const BinFile&) = delete;
+
     void Write(const short* pSamples, long long nFrames)
     {
         static_assert(sizeof(short) * 2 == LY_CD_FRAME_BYTES);
-        m_Stream.write(reinterpret_cast<const char*>(pSamples), nFrames * LY_CD_FRAME_BYTES);
+        const auto nCount = static_cast<size_t>(nFrames);
+        m_bGood = std::fwrite(pSamples, LY_CD_FRAME_BYTES, nCount, m_pFile) == nCount && m_bGood;
     }
     void WriteSilence(long long nFrames)
     {
@@ -63,19 +67,18 @@ public:
     }
     void Finish()
     {
-        m_Stream.close();
-        std::error_code error;
-        if (m_Stream)
-            fs::rename(m_Partial, m_Path, error);
-        if (!m_Stream || error)
+        const bool bClosed = std::fclose(m_pFile) == 0;
+        m_pFile = nullptr;
+        if (!bClosed || !m_bGood || !m_Partial.Finish())
             throw HostError(m_Path.string() +
                             " could not be written to its end; is the disk full? Choose another place.");
     }
 
 private:
     fs::path m_Path;
-    fs::path m_Partial;
-    std::ofstream m_Stream;
+    PartialFile m_Partial;
+    FILE* m_pFile = nullptr;
+    bool m_bGood = true;
 };
 
 fs::path GetBinPath(const std::string& strCue) { return fs::path(strCue).replace_extension(".bin"); }

@@ -65,6 +65,8 @@ void Get(const OPTIONS_OPTIONS& options)
 void Set(const OPTIONS_OPTIONS& options)
 {
     RequireTools();
+    if (options.strStore.empty() || options.strKey.empty())
+        throw HostError("an option has a store and a name of its own that are not empty; give both.");
     const LyString strKey = Widen(options.strKey);
     if (!COptionsHelper(Widen(options.strStore), true).Set(strKey, Widen(options.strValue), 0, nullptr, 0))
         throw HostError("the option could not be stored; see what was said about its file, and correct that.");

@@ -17,9 +17,7 @@
 
 namespace
 {
-// One request of the plug-in's ring: the last, incomplete one of a track is not played.
-constexpr int REQUEST_BYTES = 2304;
-constexpr int BLOCK_BYTES = 14 * REQUEST_BYTES;
+constexpr int BLOCK_BYTES = 14 * PLUGIN_REQUEST_BYTES;
 
 struct PLAY_OPTIONS
 {
@@ -72,7 +70,7 @@ STRETCH GetStretch(const PLAY_OPTIONS& options, long long nTrackBytes)
 // What the plug-in will deliver of a stretch: whole requests up to the end of the track.
 long long GetExpectedBytes(const STRETCH& stretch, long long nTrackBytes)
 {
-    const long long nWhole = (nTrackBytes - stretch.nFrom) / REQUEST_BYTES * REQUEST_BYTES;
+    const long long nWhole = (nTrackBytes - stretch.nFrom) / PLUGIN_REQUEST_BYTES * PLUGIN_REQUEST_BYTES;
     return std::min(stretch.nTo - stretch.nFrom, nWhole);
 }
 
@@ -152,14 +150,7 @@ int Play(const PLAY_OPTIONS& options)
     Seek(*pSource, stretch.nFrom);
     const long long nDone = Pull(*pSource, *pOutput, nExpected, "Track " + std::to_string(options.nTrack));
     pOutput->Finish();
-    const std::string strUnread = GetDiscErrorText(strDrive);
-    if (!strUnread.empty())
-        throw HostError(strUnread);
-    ShowWarnings(strDrive);
-    if (nDone < nExpected)
-        throw HostError(
-            "the track ended " + FormatSeconds(static_cast<double>(nExpected - nDone) / LY_CD_SECOND_BYTES) +
-            " early: the drive did not deliver; what came before is complete, so try the rest again with --from.");
+    ReportPlaying(strDrive, static_cast<double>(nExpected - nDone) / LY_CD_SECOND_BYTES);
     return EXIT_DONE;
 }
 } // namespace

@@ -6,6 +6,9 @@
 #include <memory>
 #include <string>
 
+// What the plug-in hands out at a time: an incomplete request at the end of a track is not played.
+constexpr int PLUGIN_REQUEST_BYTES = 2304;
+
 class Plugin
 {
 public:

@@ -56,6 +56,12 @@ void RequireDiscService()
         throw HostError("the disc service libLyDisc.dylib does not load; it belongs beside the program.");
 }
 
+void RequireReader()
+{
+    if (!g_LySharedToolsHelper.LoadLyReaderLib(LyString()))
+        throw HostError("the reader library libLyReader.dylib does not load; it belongs beside the program.");
+}
+
 std::vector<LISTED_DRIVE> ListDrives()
 {
     RequireDiscService();
@@ -90,4 +96,17 @@ void ShowWarnings(const std::string& strPath)
     std::istringstream stream(GetDiscWarnings(strPath));
     for (std::string strLine; std::getline(stream, strLine);)
         std::fprintf(stderr, "rondel: note: %s\n", strLine.c_str());
+}
+
+void ReportPlaying(const std::string& strPath, double fMissingSeconds)
+{
+    const std::string strUnread = GetDiscErrorText(strPath);
+    const std::string strEarly =
+        fMissingSeconds > 0 ? "the track ended " + FormatSeconds(fMissingSeconds) + " early" : std::string();
+    if (!strUnread.empty())
+        throw HostError(strEarly.empty() ? strUnread : strEarly + "; " + strUnread);
+    ShowWarnings(strPath);
+    if (!strEarly.empty())
+        throw HostError(strEarly + ": the drive did not deliver; what came before is complete, so try the rest again "
+                                   "with --from.");
 }

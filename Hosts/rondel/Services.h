@@ -31,6 +31,7 @@ std::vector<LISTED_OPTION> ListOptions(const std::string& strStore);
 // Throws HostError where the library is missing.
 void RequireTools();
 void RequireDiscService();
+void RequireReader();
 
 // Why the disc service could not open a drive, or what it could not read from it since it was opened; empty if nothing.
 std::string GetDiscErrorText(const std::string& strPath);
@@ -38,3 +39,7 @@ std::string GetDiscErrorText(const std::string& strPath);
 // What was tolerated or left out when the disc was opened, a sentence to a line; empty if nothing.
 std::string GetDiscWarnings(const std::string& strPath);
 void ShowWarnings(const std::string& strPath); // on stderr
+
+// How playing from a drive has gone: throws HostError if sectors could not be read, or if the track ended so many
+// seconds early; otherwise shows the warnings.
+void ReportPlaying(const std::string& strPath, double fMissingSeconds);

@@ -4,11 +4,15 @@
 #include "Disc.h"
 #include "HostError.h"
 #include "Keys.h"
+#include "MMC.h"
+#include "OptionsHelper.h"
 #include "Text.h"
 #include <cstdio>
 
 namespace
 {
+constexpr int MAX_UNIT_ATTENTIONS = 3; // a drive may have several to tell, one at a time
+
 // Throws if the last command failed. The command layer itself reports no failure of these.
 void Check(CTHDriveInterface& drive, const std::string& strDrive, const char* pWhat)
 {
@@ -20,15 +24,27 @@ void Check(CTHDriveInterface& drive, const std::string& strDrive, const char* pW
         return;
     if (nASC == ASC_LOAD_OR_EJECT_FAILED)
         throw HostError(strDrive + " could not be " + pWhat + ": its door is locked; use 'rondel unlock'.");
-    throw HostError(strDrive + " could not be " + pWhat + " (" + Narrow(drive.GetLastErrorMsg()) +
-                    "); look at it with 'rondel drives'.");
+    std::string strReason = Narrow(TranslateString(drive.GetLastErrorMsg()));
+    if (strReason.ends_with('.'))
+        strReason.pop_back();
+    throw HostError(strDrive + " could not be " + pWhat + " (" + strReason + "); look at it with 'rondel drives'.");
 }
 
 void Send(CTHDriveInterface& drive, unsigned char nOpcode, unsigned char nAction)
 {
     const unsigned char aryCDB[6] = {nOpcode, 0, 0, 0, nAction, 0};
-    (void)drive.SendCmd(DRIVE_TRANSFER_NONE, aryCDB, sizeof aryCDB, nullptr, 0, CTHDriveInterface::CD_TIMEOUT_MS,
-                        false); // what went wrong is in the sense data
+    for (int nTry = 0; nTry <= MAX_UNIT_ATTENTIONS; ++nTry)
+    {
+        (void)drive.SendCmd(DRIVE_TRANSFER_NONE, aryCDB, sizeof aryCDB, nullptr, 0, CTHDriveInterface::CD_TIMEOUT_MS,
+                            false); // what went wrong is in the sense data
+        int nResponse = 0;
+        int nKey = 0;
+        int nASC = 0;
+        int nASCQ = 0;
+        // After a change of disc the drive first tells of that, and does nothing.
+        if (!drive.GetLastErrorCodes(nResponse, nKey, nASC, nASCQ) || nKey != SENSE_UNIT_ATTENTION)
+            return;
+    }
 }
 
 // The service unlocks the door when its last holder goes, and so does the system when a program dies: a lock lasts as

@@ -15,4 +15,9 @@ public:
     virtual bool LoadProductInfo();
     virtual bool InitializePlatform();
     virtual void UninitializePlatform();
+
+protected:
+    // The start of a library that serves others: it needs no product, and leaves the locale of the process to its host.
+    // Such a library calls it in its InitInstance instead of this class's.
+    bool InitService() { return LyApp::InitInstance(); }
 };

@@ -1,11 +1,9 @@
 #include "DeviceDrive.h"
-#include "CDUnits.h"
 #include "DeviceError.h"
-#include "Evidence.h"
+#include "SenseData.h"
 #include "SGOutcome.h"
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -16,23 +14,6 @@ namespace
 constexpr int OWN_TIMEOUT_MS = 5000;   // of the commands that are not the caller's
 constexpr int MAX_UNIT_ATTENTIONS = 3; // a drive may have several to tell, one at a time
 constexpr int OPEN_FLAGS = O_NONBLOCK | O_CLOEXEC | O_NOCTTY;
-
-std::string GetCodesText(const DRIVE_SENSE& sense)
-{
-    char szCodes[16];
-    std::snprintf(szCodes, sizeof szCodes, "%X/%02X/%02X", sense.m_nKey, sense.m_nASC, sense.m_nASCQ);
-    return szCodes;
-}
-
-std::string GetPlace(long long nLBA)
-{
-    const long long nSector = std::max(0LL, nLBA + LY_CD_MSF_OFFSET);
-    const long long nSeconds = nSector / LY_CD_SECTORS_PER_SECOND;
-    char szPlace[48];
-    std::snprintf(szPlace, sizeof szPlace, "%02lld:%02lld.%02lld", nSeconds / 60, nSeconds % 60,
-                  nSector % LY_CD_SECTORS_PER_SECOND);
-    return szPlace;
-}
 
 wchar_t* MakeSystemString(const std::string& strASCII)
 {
@@ -272,21 +253,8 @@ bool DeviceDrive::TakeAttention(const DRIVE_COMMAND& command, SENSE_DATA& sense)
 
 void DeviceDrive::NoteRead(const DRIVE_COMMAND& command, bool bGood, const SENSE_DATA& sense)
 {
-    const SECTOR_RANGE range = GetSectorRange(command.m_pCDB, command.m_nCDBBytes);
-    const DRIVE_SENSE codes = sense.GetCodes();
-    // A read that was put off or was wrong in itself says nothing of the disc.
-    if (!bGood && (codes.m_nKey == SENSE_UNIT_ATTENTION || codes.m_nKey == SENSE_ILLEGAL_REQUEST))
-        return;
-    if (range.m_nSectors == 0)
-        return;
     const std::lock_guard lock(m_FactsMutex);
-    if (bGood)
-    {
-        m_Unread.Remove(range.m_nLBA, range.m_nSectors);
-        return;
-    }
-    m_Unread.Add(range.m_nLBA, range.m_nSectors);
-    m_ReadSense = codes;
+    m_Unread.Note(command, bGood, sense.GetCodes());
 }
 
 void DeviceDrive::BeginHold()
@@ -295,7 +263,6 @@ void DeviceDrive::BeginHold()
     m_bWentAway = false;
     const std::lock_guard lock(m_FactsMutex);
     m_Unread.Clear();
-    m_ReadSense = {};
     if (m_Lock.IsUnsupported())
         m_strWarnings += (m_strWarnings.empty() ? "" : "\n") + m_strNode +
                          " cannot be locked here; see to it that no other program uses the drive.";
@@ -306,12 +273,7 @@ std::string DeviceDrive::GetReadErrorText()
     if (m_bWentAway)
         return m_strNode + " went away while it was in use; check its cable and its power, then open it again.";
     const std::lock_guard lock(m_FactsMutex);
-    const long long nSectors = m_Unread.GetCount();
-    if (nSectors == 0)
-        return {};
-    return m_strNode + ": " + std::to_string(nSectors) + (nSectors == 1 ? " sector" : " sectors") + " from " +
-           GetPlace(m_Unread.GetFirst()) + " on could not be read (" + GetCodesText(m_ReadSense) +
-           ") and are silence; clean the disc, or try another drive.";
+    return m_Unread.GetText(m_strNode);
 }
 
 std::string DeviceDrive::GetWarnings()

@@ -83,6 +83,5 @@ private:
     std::mutex m_FactsMutex; // of the following; taken inside m_Mutex, never around it
     DEVICE_IDENTITY m_Identity;
     UnreadSectors m_Unread;
-    DRIVE_SENSE m_ReadSense; // of the last read that failed
     std::string m_strWarnings;
 };

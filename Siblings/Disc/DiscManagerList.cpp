@@ -14,6 +14,7 @@ constexpr int MAX_UNIT_ATTENTIONS = 3; // a drive may have several to tell, one 
 std::vector<std::string> GetNodes(const std::vector<FOUND_DRIVE>& aryFound)
 {
     std::vector<std::string> aryNodes;
+    aryNodes.reserve(aryFound.size());
     for (const FOUND_DRIVE& drive : aryFound)
         aryNodes.push_back(drive.m_strNode);
     return aryNodes;

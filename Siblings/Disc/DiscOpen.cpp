@@ -5,10 +5,12 @@
 #include "DiscImage.h"
 #include "NrgDisc.h"
 #include "SourceOpener.h"
+#include "TextDecode.h"
 #include "TocDisc.h"
 #include "TocLexer.h"
 #include <cstring>
 #include <exception>
+#include <string_view>
 
 namespace
 {
@@ -64,6 +66,12 @@ std::unique_ptr<DiscImage> OpenSheet(const std::string& strPath, SHEET_ERROR& er
     return LooksLikeTocFile(strText, strPath) ? OpenToc(strText, strPath, error) : OpenCue(strText, strPath, error);
 }
 
+bool HasNrgName(std::string_view strPath)
+{
+    constexpr size_t EXTENSION_BYTES = 4;
+    return strPath.size() > EXTENSION_BYTES && EqualNoCase(strPath.substr(strPath.size() - EXTENSION_BYTES), ".nrg");
+}
+
 // Images that are one file are known by its first or last bytes; everything else is a text.
 std::unique_ptr<DiscImage> OpenAny(const std::string& strPath, SHEET_ERROR& error, std::string& strError)
 {
@@ -82,7 +90,14 @@ std::unique_ptr<DiscImage> OpenAny(const std::string& strPath, SHEET_ERROR& erro
     long long nChunks = 0;
     if (FindNrgChunks(*pFile, nChunks))
         return OpenNrg(std::move(pFile), nChunks, strPath, error);
-    return OpenSheet(strPath, error, strError);
+    std::unique_ptr<DiscImage> pImage = OpenSheet(strPath, error, strError);
+    if (pImage == nullptr && HasNrgName(strPath))
+    {
+        strError.clear();
+        error = {};
+        error.m_strText = "the end of the NRG image is missing, and with it its table of contents; get a complete copy";
+    }
+    return pImage;
 }
 } // namespace
 

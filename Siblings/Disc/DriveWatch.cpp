@@ -8,7 +8,7 @@ namespace
 constexpr int MAX_MESSAGES = 1000; // at one question
 }
 
-DriveWatch::DriveWatch(std::string strRun, std::string strSys, std::string strDev)
+DriveWatch::DriveWatch(const std::string& strRun, std::string strSys, std::string strDev)
     : m_strSys(std::move(strSys)), m_strDev(std::move(strDev))
 {
     std::error_code error;

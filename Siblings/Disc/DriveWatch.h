@@ -15,7 +15,7 @@ class DriveWatch final : public DriveFinder
 {
 public:
     // strRun: the folder in which udev's service shows that it runs; strSys and strDev as in FindDrivesInSysfs.
-    explicit DriveWatch(std::string strRun = "/run", std::string strSys = "/sys", std::string strDev = "/dev");
+    explicit DriveWatch(const std::string& strRun = "/run", std::string strSys = "/sys", std::string strDev = "/dev");
 
     bool HasChanged() override; // always true without udev
     std::vector<FOUND_DRIVE> Find() override;

@@ -10,7 +10,7 @@ namespace
 class CLyDiscApp : public LyDllApp
 {
 public:
-    bool InitInstance() override { return LyApp::InitInstance(); }
+    bool InitInstance() override { return InitService(); }
 };
 
 CLyDiscApp theApp;

@@ -95,6 +95,7 @@ void ProfiledDrive::StartAnew()
     m_BusyUntil = {};
     m_nAheadLeft = 0;
     m_nLastRead = 0;
+    m_Unread.Clear();
     m_Statistics = {};
     m_History.clear();
 }
@@ -155,6 +156,7 @@ bool ProfiledDrive::Send(const DRIVE_COMMAND& command, SENSE_DATA& sense)
         record.m_Sense = codes;
         record.m_Duration = std::chrono::duration_cast<std::chrono::microseconds>(end - now);
         Note(record);
+        m_Unread.Note(command, codes.IsGood(), codes);
     }
     if (end > CLOCK::now())
         std::this_thread::sleep_until(end);
@@ -320,7 +322,13 @@ void ProfiledDrive::Note(const PROFILED_COMMAND& record)
 std::string ProfiledDrive::GetReadErrorText()
 {
     const std::lock_guard lock(m_Mutex);
-    return m_strDiscError.empty() ? m_pImage->GetReadErrorText() : m_strDiscError;
+    if (m_bRemoved)
+        return m_strProfilePath + " went away while it was in use; check its cable and its power, then open it again.";
+    if (!m_strDiscError.empty())
+        return m_strDiscError;
+    // Where the image itself is damaged, cleaning does not help.
+    const std::string strImage = m_pImage->GetReadErrorText();
+    return strImage.empty() ? m_Unread.GetText(m_strProfilePath) : strImage;
 }
 
 std::string ProfiledDrive::GetWarnings()

@@ -2,9 +2,8 @@
 //
 // Paths:   "disc.cue.drive" beside "disc.cue" is the profile of that image; or the drive's path is itself a profile, a
 //          file ending in ".drive" whose line "Image = ..." names the image.
-// Lives:   the first holder has the profile read anew (or Load did, just before), and all counts and the random numbers
-// begin again, so that the
-//          same commands meet the same drive.
+// Lives:   the first holder has the profile read anew (or Load did, just before), and all counts and the random
+//          numbers begin again, so that the same commands meet the same drive.
 // Time:    a command takes its time in real sleeps, never longer than its time-out, with no lock held. The drive does
 //          one command after the other, as hardware does.
 // Errors:  as ImageDrive, and those of the profile. On a failed command the whole data buffer is zeroed.
@@ -20,6 +19,7 @@
 #include "DriveTiming.h"
 #include "ImageDrive.h"
 #include "ServiceDrive.h"
+#include "UnreadSectors.h"
 #include <chrono>
 #include <deque>
 #include <memory>
@@ -138,6 +138,7 @@ private:
     int m_nAheadLeft = 0;                         // sectors
     unsigned long long m_nLastRead = 0;           // the last read that went to the disc
     std::vector<unsigned long long> m_aryOrigins; // of the sectors of the command at work: the read that fetched each
+    UnreadSectors m_Unread;
     PROFILED_STATISTICS m_Statistics;
     std::deque<PROFILED_COMMAND> m_History;
 };

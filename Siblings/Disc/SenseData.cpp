@@ -1,5 +1,6 @@
 #include "SenseData.h"
 #include <algorithm>
+#include <cstdio>
 #include <cstring>
 
 namespace
@@ -125,4 +126,11 @@ bool ReadSenseData(const unsigned char* pSense, int nBytes, SENSE_DATA& fixed)
 bool IsDeferred(const SENSE_DATA& fixed)
 {
     return (fixed.m_aryBytes[SENSE_OFFSET_RESPONSE_CODE] & RESPONSE_CODE_MASK) == SENSE_RESPONSE_DEFERRED;
+}
+
+std::string GetCodesText(const DRIVE_SENSE& sense)
+{
+    char szCodes[16];
+    std::snprintf(szCodes, sizeof szCodes, "%X/%02X/%02X", sense.m_nKey, sense.m_nASC, sense.m_nASCQ);
+    return szCodes;
 }

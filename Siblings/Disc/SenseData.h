@@ -18,6 +18,7 @@
 #pragma once
 
 #include "ServiceDrive.h"
+#include <string>
 
 constexpr unsigned char SENSE_RESPONSE_DEFERRED = 0x71;            // deferred error, fixed format
 constexpr unsigned char SENSE_RESPONSE_DESCRIPTOR_CURRENT = 0x72;  // current error, descriptor format
@@ -29,3 +30,5 @@ bool ReadSenseData(const unsigned char* pSense, int nBytes, SENSE_DATA& fixed);
 
 // Whether fixed sense data tells of an earlier command, so that the one that brought it was not carried out.
 bool IsDeferred(const SENSE_DATA& fixed);
+
+std::string GetCodesText(const DRIVE_SENSE& sense); // as "3/11/05"

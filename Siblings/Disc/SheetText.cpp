@@ -78,7 +78,8 @@ bool LoadSheetText(const std::string& strPath, std::string& strText, std::string
         if (strText.find_first_not_of(" \t\r\n") == std::string::npos)
             error.m_strText = "the file is empty; copy it again from where it came from";
         else if (strText.find('\0') != std::string::npos)
-            error.m_strText = "this is not the sheet of a disc image; open the .cue, .toc, .ccd or .nrg file of the image";
+            error.m_strText =
+                "this is not the sheet of a disc image; open the .cue, .toc, .ccd or .nrg file of the image";
         else
             return true;
     }

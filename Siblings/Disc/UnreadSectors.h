@@ -7,8 +7,10 @@
 
 #pragma once
 
+#include "ServiceDrive.h"
 #include <cstddef>
 #include <map>
+#include <string>
 
 class UnreadSectors
 {
@@ -17,11 +19,15 @@ public:
 
     void Add(int nLBA, int nSectors);    // could not be read
     void Remove(int nLBA, int nSectors); // could be read
-    void Clear() { m_mapRanges.clear(); }
+    void Clear();
+    void Note(const DRIVE_COMMAND& command, bool bGood, const DRIVE_SENSE& sense); // a command that has ended
 
     long long GetCount() const;
     long long GetFirst() const; // 0 if there is none
+    // One sentence with the number, the first place and the last reason; empty if there is none.
+    std::string GetText(const std::string& strDrive) const;
 
 private:
     std::map<long long, long long> m_mapRanges; // start to end; neither touching nor overlapping
+    DRIVE_SENSE m_LastSense;                    // of the last read that failed
 };

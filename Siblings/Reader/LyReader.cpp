@@ -12,7 +12,7 @@ namespace
 class CLyReaderApp : public LyDllApp
 {
 public:
-    bool InitInstance() override { return LyApp::InitInstance(); }
+    bool InitInstance() override { return InitService(); }
     // No reader is alive now.
     bool ExitInstance() override
     {

@@ -37,10 +37,16 @@ std::string GetTransferErrorText(CURLcode eResult, const char* pDetail, const st
     if (eResult == CURLE_OPERATION_TIMEDOUT)
         return GetTimeoutErrorText(strHost, nTimeoutMS);
     std::string strDetail = pDetail != nullptr && *pDetail != 0 ? pDetail : curl_easy_strerror(eResult);
+    const char* pWayOut = "the transfer failed. Try again later";
     for (const WAY_OUT& row : s_aryWaysOut)
+    {
         if (row.eResult == eResult)
-            return strHost + ": " + row.pText + " (" + strDetail + ").";
-    return strHost + ": the transfer failed. Try again later (" + strDetail + ").";
+        {
+            pWayOut = row.pText;
+            break;
+        }
+    }
+    return strHost + ": " + pWayOut + " (" + strDetail + ").";
 }
 
 std::string GetTimeoutErrorText(const std::string& strHost, int nTimeoutMS)

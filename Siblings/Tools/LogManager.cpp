@@ -76,7 +76,7 @@ LogSetting LogManager::ReadEnvironment()
 {
     LogSetting setting;
     const char* pValue = std::getenv(LogSetting::VARIABLE);
-    if (!setting.Parse(pValue))
+    if (!setting.Parse(pValue) && pValue != nullptr)
         ComplainOnce(pValue);
     return setting;
 }

@@ -18,7 +18,7 @@ public:
     bool InitInstance() override
     {
         g_LySharedToolsHelper.m_pTools.store(&s_Root, std::memory_order_release);
-        return LyApp::InitInstance();
+        return InitService();
     }
     bool ExitInstance() override
     {

@@ -43,7 +43,8 @@ void LyToolsRoot::Attach(long long, HINSTANCE__*)
 {
     const std::lock_guard lock(m_Mutex);
     m_nAttachCount++;
-    (void)GetLogManager(true); // those who log ask only for one that is there
+    if (LogManager::IsWanted())
+        (void)GetLogManager(true); // those who log ask only for one that is there
 }
 
 void LyToolsRoot::Detach(long long, HINSTANCE__*)
@@ -88,7 +89,7 @@ ITranslator* LyToolsRoot::GetTranslator(bool bCreate) { return Get(m_Translator,
 
 IProductInfo* LyToolsRoot::GetProductInfo(bool bCreate) { return Get(m_ProductInfo, bCreate); }
 
-ILogManager* LyToolsRoot::GetLogManager(bool bCreate) { return Get(m_LogManager, bCreate && LogManager::IsWanted()); }
+ILogManager* LyToolsRoot::GetLogManager(bool bCreate) { return Get(m_LogManager, bCreate); }
 
 ILyMessageBox* LyToolsRoot::GetLyMessageBoxHelper(bool bCreate)
 {

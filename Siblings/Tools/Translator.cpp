@@ -58,7 +58,7 @@ std::string GetLanguageOption()
     if (options == nullptr)
         return {};
     const LyXString strLanguage = options->Get(L"Language", L"", 0, L"", 0);
-    const std::string str = NarrowUTF8(strLanguage.Get() != nullptr ? strLanguage.Get() : L"");
+    std::string str = NarrowUTF8(strLanguage.Get() != nullptr ? strLanguage.Get() : L"");
     LyCom::SysFreeString(strLanguage.m_pText);
     return str;
 }

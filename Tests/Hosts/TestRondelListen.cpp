@@ -3,6 +3,7 @@
 #include "HostProcess.h"
 #include <poll.h>
 #include <pty.h>
+#include <termios.h>
 
 namespace
 {
@@ -76,6 +77,14 @@ public:
         }
         m_strShown.clear();
         return true;
+    }
+    void Signal(int nSignal) const { kill(m_nProcess, nSignal); }
+    // Whether the terminal shows what is typed, line by line, as a shell leaves it to a program.
+    bool IsAsItWas() const
+    {
+        termios settings = {};
+        return tcgetattr(m_nTerminal, &settings) == 0 && (settings.c_lflag & ICANON) != 0 &&
+               (settings.c_lflag & ECHO) != 0;
     }
     int GetExit()
     {
@@ -157,4 +166,71 @@ TEST_F(RondelListen, NextBehindTheLastTrackEnds)
     ASSERT_TRUE(host.WaitFor("Track 2  0:0"));
     host.Type("n");
     EXPECT_EQ(0, host.GetExit());
+}
+
+// Keys that are held down come several at a time.
+TEST_F(RondelListen, KeysThatComeAtOnceAllCountAndUnknownOnesDoNothing)
+{
+    (void)m_Folder.Write("a.cue.drive", "Speed = 1\n");
+    TerminalHost host({"play", m_strCue, "1"});
+    ASSERT_TRUE(host.WaitFor("Track 1  0:01 of 0:10"));
+    host.Type("\x1B[A\x1B[1;5C\x1BOHxy\x1Bz "); // up, Ctrl-right, home, letters, Alt-z; then a pause
+    ASSERT_TRUE(host.WaitFor("paused"));
+    host.Type("  n"); // on, off, and away
+    ASSERT_TRUE(host.WaitFor("Track 2  0:00 of 0:10"));
+    host.Type("\x1B[D\x1B[D\x1B[Dp");
+    ASSERT_TRUE(host.WaitFor("Track 1  0:00 of 0:10"));
+    host.Type("\x1B"); // Esc alone
+    EXPECT_EQ(0, host.GetExit());
+    EXPECT_TRUE(host.IsAsItWas());
+}
+
+TEST_F(RondelListen, WhateverEndsItLeavesTheTerminalAsItWas)
+{
+    (void)m_Folder.Write("a.cue.drive", "Speed = 1\n");
+    for (const int nSignal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT})
+    {
+        TerminalHost host({"play", m_strCue, "1"});
+        ASSERT_TRUE(host.WaitFor("Track 1  0:00"));
+        EXPECT_FALSE(host.IsAsItWas());
+        host.Signal(nSignal);
+        EXPECT_EQ(0, host.GetExit()) << nSignal;
+        EXPECT_TRUE(host.IsAsItWas()) << nSignal;
+    }
+}
+
+TEST_F(RondelListen, ASecondInterruptEndsItWhileTheDriveHangs)
+{
+    (void)m_Folder.Write("a.cue.drive", "Speed = 4\nHang = read 5, 30\n");
+    TerminalHost host({"play", m_strCue, "1"});
+    ASSERT_TRUE(host.WaitFor("Track 1  0:0"));
+    std::this_thread::sleep_for(std::chrono::seconds(3)); // what was read ahead is heard, and the drive hangs
+    const auto start = std::chrono::steady_clock::now();
+    host.Type("\x03");
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    host.Type("\x03");
+    EXPECT_EQ(-SIGINT, host.GetExit());
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
+    EXPECT_TRUE(host.IsAsItWas());
+}
+
+TEST_F(RondelListen, WhatTheDriveCouldNotReadIsToldAtTheEnd)
+{
+    (void)m_Folder.Write("a.cue.drive", "Unreadable = 100\n");
+    ExpectSentence(HostProcess::Run({"play", m_strCue, "1"}), 1, {"27 sectors", "3/11/05", "a.cue.drive"});
+    ExpectSentence(HostProcess::Run({"play", m_strCue, "1", "-o", m_Folder.Get("o.wav").string()}), 1,
+                   {"27 sectors", "3/11/05"});
+    EXPECT_EQ("", HostProcess::Run({"play", m_strCue, "2"}).m_strErrors);
+    (void)m_Folder.Write("a.cue.drive", "Remove = read 6\n");
+    ExpectSentence(HostProcess::Run({"play", m_strCue, "1"}), 1, {"went away"});
+    (void)m_Folder.Write("a.cue.drive", "Remove = 2\n");
+    ExpectSentence(HostProcess::Run({"info", m_strCue}), 1, {"went away"});
+}
+
+TEST_F(RondelListen, WhatWasToleratedOfTheDiscIsNoted)
+{
+    (void)m_Folder.Write("a.bin", MakePatternSectors(0, 1500) + "xyz");
+    const HOST_RESULT result = HostProcess::Run({"play", m_strCue, "1"});
+    EXPECT_EQ(0, result.m_nExit);
+    EXPECT_TRUE(result.m_strErrors.starts_with("rondel: note: ")) << result.m_strErrors;
 }

@@ -105,3 +105,18 @@ TEST_F(RondelPlay, AudioFilesBehindASheetPlayDecoded)
     m_strCue = m_Folder.Write("f.cue", "FILE \"a.flac\" WAVE\nTRACK 01 AUDIO\nINDEX 01 00:00:00\n").string();
     EXPECT_TRUE(SameBytes(Cut(MakePatternSectors(7, 300)), Play({"1"})));
 }
+
+TEST_F(RondelPlay, AnInterruptLeavesNothing)
+{
+    (void)m_Folder.Write("slow.drive", "Image = " + m_strCue + "\nSpeed = 1\n");
+    const auto wav = m_Folder.Get("i.wav");
+    for (const char* pSignal : {"INT", "TERM", "HUP"})
+    {
+        const HOST_RESULT result =
+            HostProcess::RunShell(std::string("timeout --signal=") + pSignal + " 1 \"$RONDEL\" play '" +
+                                  m_Folder.Get("slow.drive").string() + "' 1 -o '" + wav.string() + "'");
+        EXPECT_EQ(124, result.m_nExit) << result.m_strErrors;
+        EXPECT_FALSE(std::filesystem::exists(wav));
+        EXPECT_FALSE(std::filesystem::exists(wav.string() + ".part")) << pSignal;
+    }
+}

@@ -55,6 +55,8 @@ TEST_F(RondelServices, TheUsageOfOptionsIsOneSentence)
 {
     ExpectSentence(HostProcess::Run({"options"}), 2, {"rondel options --help"});
     ExpectSentence(HostProcess::Run({"options", "set", "A Store", "Key"}), 2, {"VALUE"});
+    ExpectSentence(HostProcess::Run({"options", "set", "A Store", "", "x"}), 1, {"not empty"});
+    ExpectSentence(HostProcess::Run({"options", "set", "", "Key", "x"}), 1, {"not empty"});
 }
 
 TEST_F(RondelServices, AnImageGetsALetterByAnOption)
@@ -106,30 +108,6 @@ TEST_F(RondelServices, TheMeasuredCacheIsRemembered)
     EXPECT_NE(std::string::npos, GetOutput({"info", m_strCue}).find("Remembered: ACMECD 1, read cache of "));
 }
 
-TEST_F(RondelServices, FetchCopiesAFileAsTheReaderReadsIt)
-{
-    const std::string strContent = MakePattern(0, 3000000);
-    const auto source = m_Folder.Write("s ource.dat", strContent);
-    const auto target = m_Folder.Get("target.dat");
-    EXPECT_EQ("", GetOutput({"fetch", source.string(), "-o", target.string()}));
-    EXPECT_TRUE(SameBytes(strContent, ReadWholeFile(target)));
-    std::string strURL = "file://" + source.string();
-    strURL.replace(strURL.find(' '), 1, "%20");
-    EXPECT_TRUE(SameBytes(strContent, GetOutput({"fetch", strURL, "-o", "-"})));
-}
-
-TEST_F(RondelServices, FetchFailsWithASentenceAndLeavesNothing)
-{
-    const std::string strTarget = m_Folder.Get("t").string();
-    ExpectSentence(HostProcess::Run({"fetch", m_Folder.Get("none").string(), "-o", strTarget}), 1, {"none"});
-    ExpectSentence(HostProcess::Run({"fetch", "gopher://x/y", "-o", strTarget}), 1, {"gopher://x/y"});
-    ExpectSentence(HostProcess::Run({"fetch", "http://127.0.0.1:1/x", "-o", strTarget}), 1, {"127.0.0.1"});
-    ExpectSentence(HostProcess::Run({"fetch", m_strCue, "-o", m_Folder.Get("no/folder").string()}), 1,
-                   {"choose another"});
-    EXPECT_FALSE(std::filesystem::exists(strTarget));
-    EXPECT_FALSE(std::filesystem::exists(strTarget + ".part"));
-}
-
 TEST_F(RondelServices, TheTrayOfAnImageOpensAndCloses)
 {
     for (const char* pCommand : {"eject", "close", "unlock"})
@@ -142,4 +120,27 @@ TEST_F(RondelServices, ALockLastsAsLongAsTheProgram)
     const HOST_RESULT result = HostProcess::RunShell("timeout --signal=INT 1 \"$RONDEL\" lock '" + m_strCue + "'");
     EXPECT_NE(std::string::npos, result.m_strOutput.find("is locked until this program ends")) << result.m_strErrors;
     EXPECT_EQ(124, result.m_nExit); // of timeout, which ended it
+}
+
+// As after the change of a disc: the drive refuses one command, whichever it is, to tell of it.
+TEST_F(RondelServices, ADriveThatHasSomethingToTellIsAskedAgain)
+{
+    for (const char* pFault : {"UnitAttention = 1\n", "UnitAttention = 2\n", "UnitAttention = 3\n",
+                               "UnitAttention = 3, 6/29/00, 3\n", "UnitAttention = 4\n"})
+    {
+        (void)m_Folder.Write("a.cue.drive", pFault);
+        for (const char* pCommand : {"eject", "close", "unlock"})
+            EXPECT_EQ("", GetOutput({pCommand, m_strCue})) << pCommand << " " << pFault;
+    }
+}
+
+TEST_F(RondelServices, ATrayThatDoesNotMoveIsASentenceInTheUsersLanguageAsFarAsTheDriveSpeaks)
+{
+    (void)m_Folder.Write("a.cue.drive", "FailRate = 100%, 5/53/02\n");
+    ExpectSentence(HostProcess::Run({"eject", m_strCue}), 1, {"door is locked", "rondel unlock"});
+    (void)m_Folder.Write("a.cue.drive", "FailRate = 100%, 4/44/00\n");
+    ExpectSentence(HostProcess::RunShell("LC_ALL=C exec \"$RONDEL\" eject '" + m_strCue + "'"), 1,
+                   {"(Internal target failure)"});
+    ExpectSentence(HostProcess::RunShell("LC_ALL=C.UTF-8 LANGUAGE=de exec \"$RONDEL\" eject '" + m_strCue + "'"), 1,
+                   {"(Interner Fehler des Ger\xC3\xA4ts)"});
 }

@@ -61,3 +61,15 @@ TEST(RondelUsage, AWrongCommandLineIsCodeTwoAndOneSentence)
     for (const USAGE_CASE& row : s_aryCases)
         ExpectSentence(HostProcess::Run(row.aryArguments), 2, row.aryWords);
 }
+
+TEST(RondelUsage, HelpOfACommandIsOfThatCommand)
+{
+    for (const char* pCommand : {"drives", "info", "play", "eject", "close", "lock", "unlock", "options", "fetch"})
+    {
+        const HOST_RESULT result = HostProcess::Run({pCommand, "--help"});
+        EXPECT_EQ(0, result.m_nExit) << pCommand;
+        EXPECT_EQ("", result.m_strErrors);
+        EXPECT_NE(std::string::npos, result.m_strOutput.find(std::string("rondel ") + pCommand)) << pCommand;
+        EXPECT_EQ(std::string::npos, result.m_strOutput.find("make-disc")) << result.m_strOutput;
+    }
+}

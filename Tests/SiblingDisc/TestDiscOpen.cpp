@@ -229,4 +229,14 @@ TEST_F(DiscOpen, SheetCutAtEveryByteNeverCrashes)
                 (void)pImage->ReadSectors(nLBA, 1, aryBuffer);
         }
 }
+TEST_F(DiscOpen, AnNrgImageThatIsCutIsToldAsSuch)
+{
+    for (const size_t nBytes : {size_t{60}, size_t{3} << 20})
+    {
+        EXPECT_EQ(nullptr, OpenSheet("cut.NRG", std::string(nBytes, 'x')));
+        EXPECT_NE(std::string::npos, m_strError.find("end of the NRG image is missing")) << m_strError;
+    }
+    m_Folder.Write("a.bin", std::string(LY_CD_SECTOR_BYTES, 'x'));
+    EXPECT_NE(nullptr, OpenSheet("sheet.nrg", "FILE \"a.bin\" BINARY\n" + ONE_TRACK)); // the content counts
+}
 } // namespace

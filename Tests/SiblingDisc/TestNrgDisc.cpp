@@ -219,7 +219,7 @@ TEST(NrgDiscForms, AFileWithoutItsEndIsNoImage)
     std::string strError;
     const std::string strWhole = MakeTwoTracks(false);
     EXPECT_FALSE(Open(folder, strWhole.substr(0, strWhole.size() - 4), strError));
-    EXPECT_NE(std::string::npos, strError.find("too large for the sheet of an image")) << strError;
+    EXPECT_NE(std::string::npos, strError.find("the end of the NRG image is missing")) << strError;
 }
 
 TEST(ChdImage, IsToldHowToConvertIt)

@@ -250,3 +250,41 @@ TEST(ProfiledDriveFactory, AProfileIsBesideItsImageOrNamesOne)
     EXPECT_FALSE(HasDriveProfile(".drive"));
     EXPECT_FALSE(HasDriveProfile(""));
 }
+
+// As hardware, so that whoever plays can say at the end what is missing.
+TEST_F(ProfiledDriveTest, WhatCouldNotBeReadIsToldWithPlaceAndReason)
+{
+    Open("Unreadable = 100\nUnreadable = 200, every 2\nUnitAttention = 5\n");
+    const std::string strDrive = m_Folder.GetPath("disc.cue.drive");
+    EXPECT_TRUE(Read(0, 27));
+    EXPECT_TRUE(Read(200, 2));
+    EXPECT_FALSE(Read(200, 2));
+    EXPECT_NE("", m_pDrive->GetReadErrorText());
+    EXPECT_TRUE(Read(200, 2));
+    EXPECT_EQ("", m_pDrive->GetReadErrorText()); // it was read after all
+    EXPECT_FALSE(Read(300, 1));                  // put off by the unit attention
+    ExpectSense(6, 0x28, 0);
+    EXPECT_FALSE(Read(SECTORS, 1)); // there is no such sector
+    EXPECT_EQ("", m_pDrive->GetReadErrorText());
+    EXPECT_FALSE(Read(81, 27));
+    EXPECT_FALSE(Read(81, 27));
+    EXPECT_EQ(strDrive +
+                  ": 27 sectors from 00:03.06 on could not be read (3/11/05) and are silence; clean the disc, or "
+                  "try another drive.",
+              m_pDrive->GetReadErrorText());
+    m_pDrive->Release();
+    EXPECT_NE("", m_pDrive->GetReadErrorText()); // still to be read behind the end
+    std::string strError;
+    ASSERT_TRUE(m_pDrive->Acquire(strError));
+    EXPECT_EQ("", m_pDrive->GetReadErrorText());
+}
+
+TEST_F(ProfiledDriveTest, ADriveThatWasRemovedIsToldOf)
+{
+    Open("Remove = 2\n");
+    EXPECT_TRUE(Read(0, 27));
+    EXPECT_FALSE(Read(27, 27));
+    EXPECT_EQ(m_Folder.GetPath("disc.cue.drive") +
+                  " went away while it was in use; check its cable and its power, then open it again.",
+              m_pDrive->GetReadErrorText());
+}

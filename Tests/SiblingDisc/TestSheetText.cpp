@@ -133,8 +133,10 @@ TEST(LoadSheetText, SaysWhyItCannot)
         {folder.GetPath(), ": this is not a plain file; name the .cue, .toc, .ccd or .nrg file of the image."},
         {folder.Write("empty.cue", ""), "empty.cue: the file is empty; copy it again from where it came from."},
         {folder.Write("blank.cue", "\xEF\xBB\xBF \r\n\0"s), "blank.cue: the file is empty;"},
-        {folder.Write("binary.cue", "FILE\0x"s), "this is not the sheet of a disc image; open the .cue, .toc, .ccd or .nrg file"},
-        {folder.Write("large.cue", std::string(1024 * 1024 + 1, ' ')), "the file is too large for the sheet of an image"}};
+        {folder.Write("binary.cue", "FILE\0x"s),
+         "this is not the sheet of a disc image; open the .cue, .toc, .ccd or .nrg file"},
+        {folder.Write("large.cue", std::string(1024 * 1024 + 1, ' ')),
+         "the file is too large for the sheet of an image"}};
     for (const auto& [strPath, pText] : aryCases)
     {
         std::string strText;

@@ -1,6 +1,7 @@
 // A web server for a test: nginx on a free port of loopback, with all its files in a folder that goes with it.
 //
-//   /files/...      what the test has written there; no ranges under /noranges/..., gzip on the way under /gzip/...
+//   /files/...      what the test has written there; no ranges under /noranges/..., gzip on the way under /gzip/...,
+//                   300 KB a second under /slow/...
 //   /redirect, /relative, /loop, /hops/, /toftp      redirects
 //   /status/<code>  that status
 //   /ask            the method, and the header lines X-Test and User-Agent, as text
@@ -108,6 +109,9 @@ private:
                "    location /gzip/ { alias " +
                strFolder +
                "/files/; gzip on; gzip_min_length 1; gzip_types *; }\n"
+               "    location /slow/ { alias " +
+               strFolder +
+               "/files/; limit_rate 300k; }\n"
                "    location = /redirect { return 302 /files/small.txt; }\n"
                "    location = /relative { absolute_redirect off; return 301 files/small.txt; }\n"
                "    location = /loop { return 302 /loop; }\n"

@@ -109,14 +109,17 @@ TEST(LyToolsRoot, TheLogManagerIsThereFromAttachIfALogIsWanted)
     EXPECT_EQ(nullptr, root.GetLogManager(false));
 }
 
-TEST(LyToolsRoot, ThereIsNoLogManagerIfNoLogIsWanted)
+TEST(LyToolsRoot, WithoutAWantedLogThereIsALogManagerOnlyForThoseWhoAskForOne)
 {
     const Environment log("RONDEL_LOG", nullptr);
     LyToolsRoot root;
     root.Attach(0, nullptr);
     EXPECT_EQ(nullptr, root.GetLogManager(false));
-    EXPECT_EQ(nullptr, root.GetLogManager(true));
+    void* pLog = Get(root, 11, true);
+    ASSERT_NE(nullptr, pLog);
+    EXPECT_FALSE(static_cast<LogManager*>(root.GetLogManager(false))->IsOn(4096));
     root.Detach(0, nullptr);
+    EXPECT_EQ(nullptr, root.GetLogManager(false));
 }
 
 TEST(LyToolsRoot, TheUnloadNoticeTakesNothingFromTheOthers)

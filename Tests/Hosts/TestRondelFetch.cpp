@@ -1,0 +1,190 @@
+// rondel fetch: files, and URLs from a real web server; where the bytes go, and what is left when they do not come.
+
+#include "HostProcess.h"
+#include "SiblingReader/NginxServer.h"
+#include <sys/stat.h>
+
+namespace
+{
+class RondelFetch : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        setenv("XDG_CONFIG_HOME", m_Folder.Get("config").c_str(), 1);
+        m_strSource = m_Folder.Write("source.txt", "small\n").string();
+    }
+    static std::string GetOutput(const std::vector<std::string>& aryArguments)
+    {
+        const HOST_RESULT result = HostProcess::Run(aryArguments);
+        EXPECT_EQ(0, result.m_nExit) << result.m_strErrors;
+        EXPECT_EQ("", result.m_strErrors);
+        return result.m_strOutput;
+    }
+    std::string Get(const char* pName) const { return m_Folder.Get(pName).string(); }
+    // Runs a line of the shell in the test's folder.
+    HOST_RESULT RunHere(const std::string& strLine) const
+    {
+        return HostProcess::RunShell("cd '" + m_Folder.Get("").string() + "' || exit 9; " + strLine);
+    }
+    size_t CountFiles() const
+    {
+        size_t nFiles = 0;
+        for (const auto& entry : std::filesystem::directory_iterator(m_Folder.Get("")))
+            nFiles += entry.is_regular_file() ? 1 : 0;
+        return nFiles;
+    }
+
+    DiscFolder m_Folder;
+    std::string m_strSource;
+};
+
+class RondelFetchURL : public RondelFetch
+{
+protected:
+    void SetUp() override
+    {
+        RondelFetch::SetUp();
+        ASSERT_TRUE(m_Server.GetIsRunning());
+        m_Server.Write("small.txt", "hello\n");
+    }
+
+    NginxServer m_Server;
+};
+} // namespace
+
+TEST_F(RondelFetch, FetchCopiesAFileAsTheReaderReadsIt)
+{
+    const std::string strContent = MakePattern(0, 3000000);
+    const auto source = m_Folder.Write("s ource.dat", strContent);
+    const auto target = m_Folder.Get("target.dat");
+    EXPECT_EQ("", GetOutput({"fetch", source.string(), "-o", target.string()}));
+    EXPECT_TRUE(SameBytes(strContent, ReadWholeFile(target)));
+    std::string strURL = "file://" + source.string();
+    strURL.replace(strURL.find(' '), 1, "%20");
+    EXPECT_TRUE(SameBytes(strContent, GetOutput({"fetch", strURL, "-o", "-"})));
+}
+
+TEST_F(RondelFetch, FetchFailsWithASentenceAndLeavesNothing)
+{
+    const std::string strTarget = m_Folder.Get("t").string();
+    ExpectSentence(HostProcess::Run({"fetch", m_Folder.Get("none").string(), "-o", strTarget}), 1, {"none"});
+    ExpectSentence(HostProcess::Run({"fetch", "gopher://x/y", "-o", strTarget}), 1, {"gopher://x/y"});
+    ExpectSentence(HostProcess::Run({"fetch", "http://127.0.0.1:1/x", "-o", strTarget}), 1, {"127.0.0.1"});
+    ExpectSentence(HostProcess::Run({"fetch", m_strSource, "-o", m_Folder.Get("no/folder").string()}), 1,
+                   {"choose another"});
+    EXPECT_FALSE(std::filesystem::exists(strTarget));
+    EXPECT_FALSE(std::filesystem::exists(strTarget + ".part"));
+}
+
+TEST_F(RondelFetch, TheNameIsTheLastPartOfTheAddressUnlessItIsTaken)
+{
+    std::filesystem::create_directory(m_Folder.Get("here"));
+    EXPECT_EQ("", RunHere("cd here && \"$RONDEL\" fetch ../source.txt").m_strErrors);
+    EXPECT_EQ("small\n", ReadWholeFile(Get("here/source.txt")));
+    ExpectSentence(RunHere("cd here && \"$RONDEL\" fetch ../source.txt"), 1, {"already there", "-o FILE"});
+    ExpectSentence(HostProcess::Run({"fetch", "file:///"}), 1, {"directory", "file"});
+}
+
+TEST_F(RondelFetch, AFolderIsRefusedAndNothingIsLeftBesideIt)
+{
+    std::filesystem::create_directory(m_Folder.Get("dir"));
+    ExpectSentence(HostProcess::Run({"fetch", m_strSource, "-o", Get("dir")}), 1, {"folder"});
+    EXPECT_EQ(1U, CountFiles());
+}
+
+TEST_F(RondelFetch, WhatIsNoFileStaysWhatItIsAndALinkIsFollowed)
+{
+    std::filesystem::create_symlink("behind.txt", m_Folder.Get("link"));
+    EXPECT_EQ("", GetOutput({"fetch", m_strSource, "-o", Get("link")}));
+    EXPECT_TRUE(std::filesystem::is_symlink(m_Folder.Get("link")));
+    EXPECT_EQ("small\n", ReadWholeFile(Get("behind.txt")));
+    ASSERT_EQ(0, mkfifo(Get("pipe").c_str(), 0600));
+    const HOST_RESULT result = RunHere("cat pipe & \"$RONDEL\" fetch source.txt -o pipe; wait");
+    EXPECT_EQ("small\n", result.m_strOutput);
+    EXPECT_EQ("", result.m_strErrors);
+    EXPECT_TRUE(std::filesystem::is_fifo(m_Folder.Get("pipe")));
+    // A link to a device: should it ever be replaced, it is the link that goes.
+    std::filesystem::create_symlink("/dev/full", m_Folder.Get("full"));
+    ExpectSentence(HostProcess::Run({"fetch", m_strSource, "-o", Get("full")}), 1, {"No space left", "-o"});
+    EXPECT_TRUE(std::filesystem::is_character_file(m_Folder.Get("full")));
+}
+
+TEST_F(RondelFetch, AFileOfSomebodyElseUnderTheTemporaryNameIsNotTouched)
+{
+    (void)m_Folder.Write("target.part", "mine");
+    EXPECT_EQ("", GetOutput({"fetch", m_strSource, "-o", Get("target")}));
+    EXPECT_EQ("small\n", ReadWholeFile(Get("target")));
+    EXPECT_EQ("mine", ReadWholeFile(Get("target.part")));
+    EXPECT_EQ(3U, CountFiles());
+}
+
+TEST_F(RondelFetch, AProgramThatHasGoneIsASentence)
+{
+    (void)m_Folder.Write("big", std::string(4000000, 'x'));
+    const HOST_RESULT result = RunHere("\"$RONDEL\" fetch big -o - | head -c 10 >head");
+    EXPECT_TRUE(result.m_strErrors.starts_with("rondel: the program that takes the data has ended early"))
+        << result.m_strErrors;
+}
+
+TEST_F(RondelFetch, WithoutTheReaderLibraryItSaysWhatIsMissing)
+{
+    std::filesystem::copy(RONDEL_BIN_DIR "/rondel", m_Folder.Get("rondel"));
+    ExpectSentence(HostProcess::RunCommand({Get("rondel"), "fetch", m_strSource, "-o", Get("t")}), 1,
+                   {"libLyReader.dylib"});
+}
+
+TEST_F(RondelFetchURL, AUrlIsCopiedByteForByte)
+{
+    const std::string strContent = MakePattern(0, 3000000);
+    m_Server.Write("big.bin", strContent);
+    EXPECT_EQ("", GetOutput({"fetch", m_Server.GetURL("/files/big.bin"), "-o", Get("big.bin")}));
+    EXPECT_TRUE(SameBytes(strContent, ReadWholeFile(Get("big.bin"))));
+    EXPECT_EQ("hello\n", GetOutput({"fetch", m_Server.GetURL("/files/small.txt"), "-o", "-"}));
+    EXPECT_EQ("hello\n", GetOutput({"fetch", m_Server.GetURL("/redirect"), "-o", "-"}));
+    EXPECT_EQ("", RunHere("\"$RONDEL\" fetch '" + m_Server.GetURL("/files/small.txt?a=b#c") + "'").m_strErrors);
+    EXPECT_EQ("hello\n", ReadWholeFile(Get("small.txt")));
+}
+
+TEST_F(RondelFetchURL, HeadersGoToStandardError)
+{
+    const HOST_RESULT result = HostProcess::Run({"fetch", "--headers", m_Server.GetURL("/files/small.txt"), "-o", "-"});
+    EXPECT_EQ("hello\n", result.m_strOutput);
+    EXPECT_TRUE(result.m_strErrors.starts_with("HTTP/1.1 200 OK\n")) << result.m_strErrors;
+    EXPECT_NE(std::string::npos, result.m_strErrors.find("Content-Length: 6\n"));
+}
+
+TEST_F(RondelFetchURL, WhatTheServerRefusesIsASentenceAndLeavesNothing)
+{
+    const std::pair<const char*, const char*> aryRefused[] = {{"/none", "404"},
+                                                              {"/status/500", "500"},
+                                                              {"/loop", "redirect"},
+                                                              {"/tofile", "not followed"},
+                                                              {"/toftp", "ftp"}};
+    for (const auto& [pPath, pWord] : aryRefused)
+        ExpectSentence(HostProcess::Run({"fetch", m_Server.GetURL(pPath), "-o", Get("t")}), 1, {"127.0.0.1", pWord});
+    ExpectSentence(HostProcess::Run({"fetch", m_Server.GetURL("/"), "--timeout", "0", "-o", Get("t")}), 2,
+                   {"--timeout"});
+    EXPECT_EQ(1U, CountFiles());
+}
+
+TEST_F(RondelFetchURL, AnInterruptLeavesNothing)
+{
+    m_Server.Write("slow.bin", std::string(4000000, 'x'));
+    for (const char* pSignal : {"INT", "TERM", "HUP"})
+    {
+        const HOST_RESULT result =
+            RunHere(std::string("timeout --signal=") + pSignal + " 1 \"$RONDEL\" fetch '" +
+                    m_Server.GetURL("/slow/slow.bin") + "' -o t & sleep 0.5; ls t.part && wait $!");
+        EXPECT_EQ(124, result.m_nExit) << result.m_strErrors;
+        EXPECT_EQ("t.part\n", result.m_strOutput);
+        EXPECT_EQ(1U, CountFiles()) << pSignal;
+    }
+}
+
+TEST_F(RondelFetchURL, ACertificateThatNobodyVouchesForIsRefused)
+{
+    const NginxServer server(true);
+    ASSERT_TRUE(server.GetIsRunning());
+    ExpectSentence(HostProcess::Run({"fetch", server.GetURL("/files/x"), "-o", Get("t")}), 1, {"certificate"});
+}
