@@ -1,34 +1,9 @@
 // The pipeline's use of memory, in a program that counts its allocations.
 
+#include "CountAllocations.h"
 #include "THAudioAnalyzer.h"
-#include <cstdlib>
 #include <gtest/gtest.h>
-#include <new>
 #include <vector>
-
-static long long s_nAllocations = 0;
-
-// Every allocation of this program by new is counted.
-void* operator new(std::size_t nBytes)
-{
-    ++s_nAllocations;
-    if (void* p = std::malloc(nBytes != 0 ? nBytes : 1); p != nullptr)
-        return p;
-    throw std::bad_alloc();
-}
-void* operator new(std::size_t nBytes, const std::nothrow_t&) noexcept
-{
-    ++s_nAllocations;
-    return std::malloc(nBytes != 0 ? nBytes : 1);
-}
-void* operator new[](std::size_t nBytes) { return operator new(nBytes); }
-void* operator new[](std::size_t nBytes, const std::nothrow_t& tag) noexcept { return operator new(nBytes, tag); }
-void operator delete(void* p) noexcept { std::free(p); }
-void operator delete(void* p, std::size_t) noexcept { std::free(p); }
-void operator delete(void* p, const std::nothrow_t&) noexcept { std::free(p); }
-void operator delete[](void* p) noexcept { std::free(p); }
-void operator delete[](void* p, std::size_t) noexcept { std::free(p); }
-void operator delete[](void* p, const std::nothrow_t&) noexcept { std::free(p); }
 
 // Blocks as a rip hands them over. The results have grown enough in the first minute to last through the second.
 TEST(AudioAnalyzerMemory, TheSteadyStateAllocatesNothing)
@@ -49,10 +24,10 @@ TEST(AudioAnalyzerMemory, TheSteadyStateAllocatesNothing)
     // The loudness of a second minute fits into the room that the first has made, or is made now.
     analyzer.m_R128.m_Blocks.SetSize(2048);
     analyzer.m_R128.m_Blocks.RemoveAll(false);
-    const long long nBefore = s_nAllocations;
+    const long long nBefore = CountAllocations::GetCount();
     for (int i = 0; i < CALLS_A_MINUTE; ++i)
         analyzer.ProcessBlocks16Bit(arySamples.data(), FRAMES);
-    EXPECT_EQ(s_nAllocations, nBefore);
+    EXPECT_EQ(CountAllocations::GetCount(), nBefore);
     EXPECT_EQ(analyzer.m_Buffer.GetData(), pData);
     EXPECT_EQ(analyzer.m_Buffer.GetAllocated(), nAllocated);
 }

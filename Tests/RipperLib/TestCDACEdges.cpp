@@ -2,19 +2,17 @@
 
 #include "CDAC.h"
 #include "CDUnits.h"
+#include "CountAllocations.h"
 #include "wavesave.h"
 #include <cstdlib>
 #include <cstring>
 #include <gtest/gtest.h>
-#include <new>
 #include <set>
 #include <type_traits>
 #include <vector>
 
 namespace
 {
-int s_nAllocations = 0;
-
 typedef std::pair<int, int> SECTORS; // first and count
 
 // A disc whose sectors hold their number, and whose bad sectors leave an error. Nothing is allocated while it is read.
@@ -100,16 +98,6 @@ protected:
     EdgeCopy m_Copy;
 };
 } // namespace
-
-void* operator new(size_t nBytes)
-{
-    ++s_nAllocations;
-    if (void* p = std::malloc(nBytes == 0 ? 1 : nBytes))
-        return p;
-    throw std::bad_alloc();
-}
-void operator delete(void* p) noexcept { std::free(p); }
-void operator delete(void* p, size_t) noexcept { std::free(p); }
 
 TEST_F(CopyEdgeTest, TheOwnersOperationsStandInTheirSlots)
 {
@@ -321,11 +309,11 @@ TEST_F(CopyEdgeTest, ACopyAllocatesNothing)
     m_Copy.m_nMaximum = 60;
     m_CD.m_setBad = {40};
     Add(1, 0, 300);
-    const int nBefore = s_nAllocations;
+    const long long nBefore = CountAllocations::GetCount();
     m_Copy.m_aryResults.reserve(100);
-    const int nReserved = s_nAllocations;
+    const long long nReserved = CountAllocations::GetCount();
     m_Copy.Copy();
-    EXPECT_EQ(nReserved, s_nAllocations);
+    EXPECT_EQ(nReserved, CountAllocations::GetCount());
     EXPECT_EQ(nBefore + 1, nReserved);
 }
 

@@ -1,20 +1,7 @@
+#include "CountAllocations.h"
 #include "DiscImage.h"
 #include "ImageFiles.h"
-#include <atomic>
 #include <gtest/gtest.h>
-#include <new>
-
-static std::atomic<int> s_nAllocations;
-
-void* operator new(size_t nBytes)
-{
-    s_nAllocations++;
-    if (void* pMemory = malloc(nBytes != 0 ? nBytes : 1))
-        return pMemory;
-    throw std::bad_alloc();
-}
-void operator delete(void* pMemory) noexcept { free(pMemory); }
-void operator delete(void* pMemory, size_t) noexcept { free(pMemory); }
 
 namespace
 {
@@ -35,12 +22,12 @@ TEST(DiscAllocation, ReadingAllocatesNothing)
     ASSERT_TRUE(pImage) << strError;
     std::vector<unsigned char> aryBuffer(27 * LY_CD_SECTOR_BYTES);
     DISC_TRACK_MODE aryForms[27];
-    s_nAllocations = 0;
+    const long long nBefore = CountAllocations::GetCount();
     int nSectors = 0;
     for (int nLBA = -150; nLBA < pImage->GetLeadOutLBA(); nLBA += 27)
         nSectors += pImage->ReadSectors(nLBA, 27, aryBuffer.data(), aryForms).m_nSectors;
     (void)pImage->Locate(77);
-    EXPECT_EQ(0, s_nAllocations);
+    EXPECT_EQ(CountAllocations::GetCount(), nBefore);
     EXPECT_EQ(150 + pImage->GetLeadOutLBA(), nSectors);
 }
 } // namespace

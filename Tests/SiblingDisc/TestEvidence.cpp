@@ -1,23 +1,10 @@
+#include "CountAllocations.h"
 #include "Evidence.h"
 #include <atomic>
 #include <cstdlib>
 #include <gtest/gtest.h>
-#include <new>
 #include <thread>
 #include <vector>
-
-static std::atomic<int> s_nAllocations;
-
-// Not inlined: the compiler would see malloc meet delete, and warn.
-__attribute__((noinline)) void* operator new(size_t nBytes)
-{
-    s_nAllocations++;
-    if (void* pMemory = malloc(nBytes != 0 ? nBytes : 1))
-        return pMemory;
-    throw std::bad_alloc();
-}
-__attribute__((noinline)) void operator delete(void* pMemory) noexcept { free(pMemory); }
-__attribute__((noinline)) void operator delete(void* pMemory, size_t) noexcept { free(pMemory); }
 
 namespace
 {
@@ -178,10 +165,10 @@ TEST(Evidence, RecordingAndReadingAllocateNothing)
     const unsigned char aryCDB[6] = {};
     int nDataBytes = 0;
     DISC_EVIDENCE record;
-    s_nAllocations = 0;
+    const long long nBefore = CountAllocations::GetCount();
     evidence.Record(1, EVIDENCE_START::Now(), {aryCDB, 6, nullptr, nDataBytes, DRIVE_TRANSFER_NONE}, true, {});
     EXPECT_EQ(1, evidence.Read(1, 0, &record, 1));
-    EXPECT_EQ(0, s_nAllocations);
+    EXPECT_EQ(CountAllocations::GetCount(), nBefore);
 }
 
 // Writers on several threads, more than the ring holds, and readers beside them: every record that is read is whole,
