@@ -78,6 +78,9 @@ bool CMemReader::FillOnce()
 {
     if (m_bTrackDone || m_nReadError != 0)
         return false;
+    // A lock has no queue: without this the worker takes it again at once, and a seek waits for several reads.
+    while (m_bSeekWaits && !GetCancel())
+        Sleep(SEEK_SLEEP_MS);
     // The count is made under the lock as well: a seek between the two would leave it made for the old position.
     LySingleLock lock(&m_Lock);
     const int nSectors = GetNextReadSectors();
@@ -173,7 +176,9 @@ int CMemReader::seek(int nPosition)
 {
     if (nPosition >= m_nTrackBytes)
         return 0;
+    m_bSeekWaits = true;
     LySingleLock lock(&m_Lock);
+    m_bSeekWaits = false;
     m_nReadPos = 0;
     m_nWritePos = 0;
     m_nRingBase = std::max(0, nPosition); // ahead of the track is its start

@@ -23,6 +23,7 @@ public:
     static constexpr int RING_BYTES = RING_SECTORS * LY_CD_SECTOR_BYTES;
     static constexpr unsigned int HANG_LIMIT_MS = 10000; // a drive read that takes longer is given up by the player
     static constexpr unsigned int IDLE_SLEEP_MS = 20;
+    static constexpr unsigned int SEEK_SLEEP_MS = 1; // while a seek takes the lock
     static_assert(RING_BYTES == 635040);
 
     CMemReader();
@@ -50,6 +51,7 @@ public:
     std::atomic<int> m_nReadError{0};              // last result of ReadSectors; non-zero stops the worker's reading
     std::atomic<unsigned int> m_nReadStartTick{0}; // when the read in progress began; 0 when none is
     LyLock m_Lock;
+    std::atomic<bool> m_bSeekWaits{false}; // for the read in progress; no further one begins before it
 
 private:
     void LeaveTrack();

@@ -61,7 +61,7 @@ bool ReadPage(EncoderBytes& file, uint64_t nOffset, std::vector<unsigned char>& 
 {
     const size_t nRead = file.ReadAt(nOffset, aryPage.data(), MAX_PAGE_BYTES);
     if (nRead < HEADER_BYTES ||
-        std::string_view(reinterpret_cast<char*>(aryPage.data()), 5) != std::string_view("OggS", 5))
+        std::string_view(reinterpret_cast<char*>(aryPage.data()), 5) != std::string_view("OggS\0", 5))
         return false;
     page.nBody = HEADER_BYTES + aryPage[HEADER_BYTES - 1];
     page.nBytes = page.nBody;

@@ -11,7 +11,7 @@ TEST(RipReport, BadSectorsCountOnceAndOnlyInsideThePiece)
     RIP_PIECE piece;
     piece.nStart = 100;
     piece.nSectors = 50;
-    piece.aryEntries = {MakeEntry(120, 10, SECURE_RIP_LIMIT), MakeEntry(95, 10, SECURE_RIP_UNREAD),
+    piece.aryEntries = {MakeEntry(120, 10, SECURE_RIP_LIMIT),  MakeEntry(95, 10, SECURE_RIP_UNREAD),
                         MakeEntry(125, 10, SECURE_RIP_CACHED), MakeEntry(122, 2, SECURE_RIP_DIFFERS),
                         MakeEntry(140, 5, SECURE_RIP_MATCHED), MakeEntry(148, 10, SECURE_RIP_SHORT)};
     EXPECT_EQ(5 + 15 + 2, piece.CountBadSectors());

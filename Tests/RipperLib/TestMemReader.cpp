@@ -212,6 +212,24 @@ TEST_F(MemReaderTest, ManySeeksWhileTheThreadReadsAlwaysGiveTheRightBytes)
     }
 }
 
+TEST_F(MemReaderTest, ASeekWaitsForTheReadInProgressAndForNoOther)
+{
+    constexpr int TARGET = 100;
+    CMemReader reader;
+    m_pFake->CloseGate();
+    Start(reader, 1);
+    ASSERT_TRUE(m_pFake->WaitForHeldReads(1, 5000));
+    m_pFake->ForgetCommands();
+    std::thread seeker([&] { (void)reader.seek(TARGET * LY_CD_SECTOR_BYTES); });
+    EXPECT_TRUE(WaitFor([&] { return reader.m_bSeekWaits.load(); }));
+    m_pFake->OpenGate();
+    seeker.join();
+    ASSERT_TRUE(WaitFor([&] { return m_pFake->CountCommands(CDB_READ_CD) > 0; }));
+    FAKE_COMMAND command = {};
+    ASSERT_TRUE(m_pFake->GetCommandOf(CDB_READ_CD, 0, command));
+    EXPECT_EQ(TARGET, command.cdb[4] << 8 | command.cdb[5]);
+}
+
 TEST_F(MemReaderTest, AReadErrorLetsTheRingDrainAndASeekDoesNotStartItAgain)
 {
     CMemReader reader;
