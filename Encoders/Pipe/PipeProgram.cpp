@@ -84,6 +84,7 @@ bool PipeProgram::Start(const std::vector<std::string>& aryArguments, int nOutpu
 bool PipeProgram::Spawn(const std::vector<std::string>& aryArguments, int nOutput, int nInputEnd, int nErrorEnd)
 {
     std::vector<char*> aryPointers;
+    aryPointers.reserve(aryArguments.size() + 1);
     for (const std::string& strArgument : aryArguments)
         aryPointers.push_back(const_cast<char*>(strArgument.c_str())); // posix_spawn does not change them
     aryPointers.push_back(nullptr);
