@@ -38,6 +38,7 @@ bool CFileLoader::LoadInternal(const LyFilename& source, LyBuffer* pBuffer, ILyR
 
 void CFileLoader::BeginLoad()
 {
+    m_strError.Empty();
     LySingleLock lock(&m_Lock);
     m_pReader.Release();
     m_pCancel->m_pCallback = this;
@@ -63,6 +64,8 @@ void CFileLoader::EndLoad(ILyWaitMessage* pWait)
     if (pWait != nullptr)
         pWait->Close(); // from here on nobody calls back
     SetDownloadParameters(nullptr, nullptr, 0, false);
+    if (m_pReader != nullptr)
+        m_strError = GetReaderInfo(L"Error");
     LySingleLock lock(&m_Lock);
     m_pReader.Release();
 }

@@ -7,7 +7,7 @@
 // Units:    bytes. Local sources are read in chunks of 1 MiB, URLs in chunks of 64 KiB, so that a network read returns
 //           often enough to show progress and to notice a cancel.
 // Errors:   false, and an empty buffer; a cancelled load is a failed one. What a server answered stays in
-//           m_strStatusCode and m_strLocation.
+//           m_strStatusCode and m_strLocation, and what the reader says of it in m_strError.
 // Lifetime: an outside cancel record, listeners and borrowed request data live as long as a load that uses them. An
 //           outside record goes on pointing at the loader: whoever keeps it longer clears its callback.
 // Threads:  one load at a time, on one thread; a second call is false at once. Cancel comes from any thread, and breaks
@@ -130,6 +130,7 @@ public:
     LyLock m_Lock; // guards m_pReader, and changes of the cancel state; never held during a read
     LyPtr<ILyReader, ILyReader> m_pReader; // of the load that is running
     std::atomic<bool> m_bBusy{false};      // a load is running
+    LyString m_strError; // what the reader of the last load met, in a sentence; empty if all went well
 
 private:
     struct TRANSFER; // FileLoaderDetails.h

@@ -1,7 +1,8 @@
-// The two hashes of FIPS 180-4 that a rip needs: SHA-1 for the disc identifier of MusicBrainz, SHA-256 for the seal of
-// a log. Not meant for secrets.
+// The two hashes of FIPS 180-4 that a rip needs: SHA-1 for the disc identifier of MusicBrainz, SHA-256 for files and
+// the seal of a log. Not meant for secrets. OpenSSL's libcrypto does the work, with the processor's own instructions.
 //
 // Shape:   bytes in pieces of any size; the digest's bytes in the order of the standard.
+// Errors:  a library that cannot hash (it is set up to refuse) makes digests of zeros, which no content has.
 // Threads: an object belongs to one thread.
 
 #pragma once
@@ -9,54 +10,45 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 
-// What both share: blocks of 64 bytes, and the padding with the length in bits.
-class SecureHashBlocks
+class SecureHash
 {
 public:
-    static constexpr size_t BLOCK_BYTES = 64;
-
     void Add(const void* pData, size_t nBytes);
 
 protected:
-    SecureHashBlocks() = default;
-    ~SecureHashBlocks() = default;
-    void Pad(); // the last block, or the last two
+    explicit SecureHash(const char* pName);
+    ~SecureHash();
+    SecureHash(const SecureHash&) = delete;
+    SecureHash& operator=(const SecureHash&) = delete;
+
+    void Finish(uint8_t* pDigest, size_t nBytes);
 
 private:
-    virtual void AddBlock(const uint8_t* pBlock) = 0;
-
-    std::array<uint8_t, BLOCK_BYTES> m_aryPending{};
-    size_t m_nPending = 0;
-    uint64_t m_nBytes = 0;
+    struct CONTEXT; // of the library
+    std::unique_ptr<CONTEXT> m_pContext;
 };
 
-class SHA1Hash final : public SecureHashBlocks
+class SHA1Hash final : public SecureHash
 {
 public:
     using DIGEST = std::array<uint8_t, 20>;
+
+    SHA1Hash() : SecureHash("SHA1") {}
     DIGEST Finish(); // once, at the end
     static DIGEST Make(const void* pData, size_t nBytes);
-
-private:
-    void AddBlock(const uint8_t* pBlock) override;
-
-    std::array<uint32_t, 5> m_aryState{0x67452301, 0xEFCDAB89, 0x98BADCFE, 0x10325476, 0xC3D2E1F0};
 };
 
-class SHA256Hash final : public SecureHashBlocks
+class SHA256Hash final : public SecureHash
 {
 public:
     using DIGEST = std::array<uint8_t, 32>;
-    SHA256Hash();
+
+    SHA256Hash() : SecureHash("SHA256") {}
     DIGEST Finish(); // once, at the end
     static DIGEST Make(const void* pData, size_t nBytes);
-
-private:
-    void AddBlock(const uint8_t* pBlock) override;
-
-    std::array<uint32_t, 8> m_aryState;
 };
 
 // Two lower-case digits for each byte.

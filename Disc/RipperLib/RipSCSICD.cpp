@@ -159,7 +159,9 @@ void RipSCSICD::LookAtSense(bool bRead)
     constexpr int ASC_NO_RESPONSE = 0x05; // SPC-3, annex D: the logical unit does not respond to selection
     const bool bTakenOut = !bRead && ((nKey == SENSE_NOT_READY && nASC == ASC_MEDIUM_NOT_PRESENT) ||
                                       (nKey == SENSE_HARDWARE_ERROR && nASC == ASC_NO_RESPONSE));
-    const bool bPutIn = nKey == SENSE_UNIT_ATTENTION && nASC == ASC_MEDIUM_MAY_HAVE_CHANGED;
+    // A shorter disc does not have the sector at all, and says that in place of the unit attention ahead of it.
+    const bool bPutIn = (nKey == SENSE_UNIT_ATTENTION && nASC == ASC_MEDIUM_MAY_HAVE_CHANGED) ||
+                        (nKey == SENSE_ILLEGAL_REQUEST && nASC == ASC_ADDRESS_OUT_OF_RANGE);
     if (!bTakenOut && !(bPutIn && !(ReadTOC(m_OtherTOC) && m_OtherTOC == m_TOC)))
         return;
     m_bDiscGone = true;

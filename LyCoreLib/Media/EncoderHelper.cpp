@@ -1,7 +1,6 @@
 #include "EncoderHelper.h"
 #include "EncoderError.h"
 #include "LyForeignCall.h"
-#include "LyThread.h"
 #include "OptionsHelper.h"
 
 namespace
@@ -10,16 +9,6 @@ constexpr const char* ENTRY = "CreateEncoder";
 constexpr const wchar_t* SETTINGS_STORE = L"Plugins\\Encoders\\";
 using CREATE_ENCODER = ILyEncoder* (*)(int nParameter, ILyEncoderCallback* pCallback);
 } // namespace
-
-// The feed derives from LyThread alone, so a pointer to it is one to its thread, whose destructor is virtual.
-template <>
-void LyPtr<CEncoderPluginFileBasedEncodingEmulator, CEncoderPluginFileBasedEncodingEmulator>::Release()
-{
-    const bool bOwned = (m_nFlags & OWNED) != 0;
-    LyThread* pThread = reinterpret_cast<LyThread*>(Detach());
-    if (bOwned)
-        delete pThread;
-}
 
 CEncoderPlugin::CEncoderPlugin() = default;
 

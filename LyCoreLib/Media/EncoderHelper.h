@@ -1,4 +1,5 @@
-// Encoder plug-ins: the interface of an encoder, what it tells its user, and CEncoderPlugin, the host of one plug-in.
+// Encoder plug-ins: the interface of an encoder, what it tells its user, CEncoderPlugin, the host of one plug-in, and
+// the emulator that feeds a whole WAV file to one.
 //
 // A plug-in is a library that exports the C function "CreateEncoder"; the host program keeps its plug-ins beside itself
 // under the names "enc_<name>.so". PCM goes in piece by piece; what becomes of it is the encoder's business.
@@ -13,6 +14,8 @@
 #include "LyPtr.h"
 #include "LySharedToolsHelper.h"
 #include "LyString.h"
+#include "LyThread.h"
+#include "WAVInfo.h"
 
 // Keys of ILyEncoder::GetInfo and SetInfo that the host itself uses.
 constexpr const wchar_t* LY_ENCODER_INFO_LAST_ERROR = L"Last Error";
@@ -45,12 +48,7 @@ protected:
     ~ILyEncoderCallback() = default;
 };
 
-// The feed of a whole file to an encoder: a LyThread, and its first base. The host knows no more of it.
 class CEncoderPluginFileBasedEncodingEmulator;
-
-// Deletes the feed as the thread that it is, so that the class need not be known where a host is destroyed.
-template <>
-void LyPtr<CEncoderPluginFileBasedEncodingEmulator, CEncoderPluginFileBasedEncodingEmulator>::Release();
 
 class CEncoderPlugin
 {
@@ -89,4 +87,50 @@ public:
 
 private:
     LyString GetStoredSettings() const;
+};
+
+// The feed of a whole WAV file to the encoder of a plug-in: to its client, an encoder that encodes a file by itself.
+//
+//     plugin.Open(nullptr, true);   // an encoder with a callback of its own would tell everything twice
+//     plugin.m_pEmulator.Set(pEmulator = new CEncoderPluginFileBasedEncodingEmulator, true, false);
+//     pEmulator->m_pPlugin = &plugin;
+//     pEmulator->m_pCallback = &callback;
+//     if (pEmulator->OpenFile(strFile) && pEmulator->Start())
+//         while (!callback.m_bFinished)
+//             pEmulator->PumpMainThreadMessages();
+//     plugin.Stop();
+//
+// Life:    its members are set and the file is opened ahead of Start; it runs until OnFinished was called. Destroying
+//          it cancels the feed, waits for it up to STOP_TIMEOUT_MS, and delivers what it had to tell.
+// Errors:  a file that cannot be read or is too short, and an encoder that refuses, all end in OnError, with the
+//          encoder's words for it, if it has any.
+// Threads: the worker calls m_WAVInfo and the encoder's EncodeBuffer, nothing else. FinishBufferInput, GetInfo and the
+//          callback run on the thread that pumps the messages. Without the tools library there are no messages.
+class CEncoderPluginFileBasedEncodingEmulator : public LyThread
+{
+public:
+    static constexpr int MESSAGE_FEED_ENDED = 1; // 1 if all blocks were sent, 0 if not
+    static constexpr int MESSAGE_PROGRESS = 2;   // per cent, 0 to 100
+    static constexpr int MIN_CHUNK_BLOCKS = 1024;
+    static constexpr int EXTRA_BUFFER_BYTES = 16384;
+    static constexpr int STOP_TIMEOUT_MS = 10000;
+
+    CEncoderPluginFileBasedEncodingEmulator();
+    ~CEncoderPluginFileBasedEncodingEmulator() override;
+
+    // Makes a reader of that name, which m_pFileReader owns from then on, and opens m_WAVInfo with it. False if either
+    // does not open.
+    bool OpenFile(const LyString& strFile);
+
+    bool Thread() override;
+    bool ProcessMainThreadMessage(int nMessage, long long nParameter) override; // true
+
+    CEncoderPlugin* m_pPlugin = nullptr;       // not owned; its encoder gets the data
+    ILyEncoderCallback* m_pCallback = nullptr; // not owned; may be null
+    LyPtr<ILyReader, ILyReader> m_pFileReader; // of the source file, for the object's life
+    CWAVInfo m_WAVInfo;                        // the open source file
+
+private:
+    long long Feed(long long nTotal);
+    void OnFeedEnded(bool bAllSent);
 };

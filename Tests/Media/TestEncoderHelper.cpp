@@ -2,7 +2,6 @@
 #include "EncoderError.h"
 #include "EncoderHelper.h"
 #include "LyCoreLib/RawTable.h"
-#include "LyThread.h"
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <type_traits>
@@ -35,16 +34,12 @@ public:
     ILyEncoder* m_pEncoder = nullptr;
 };
 
-// A file feed as the host sees it: a thread that is destroyed.
-class Feed final : public LyThread
+// A file feed as the host sees it: an object that is destroyed.
+class Feed final : public CEncoderPluginFileBasedEncodingEmulator
 {
 public:
     explicit Feed(FakeEncoder& fake) : m_Fake(fake) {}
     ~Feed() override { m_Fake.OnEvent("Destroy feed"); }
-    CEncoderPluginFileBasedEncodingEmulator* AsEmulator()
-    {
-        return reinterpret_cast<CEncoderPluginFileBasedEncodingEmulator*>(static_cast<LyThread*>(this));
-    }
 
 private:
     FakeEncoder& m_Fake;
@@ -260,7 +255,7 @@ TEST_F(EncoderPluginTest, StopWithAFeedDestroysItAndDoesNotStopTheEncoder)
 {
     ASSERT_TRUE(m_Plugin.Open(nullptr, false));
     m_Fake.m_aryEvents.clear();
-    m_Plugin.m_pEmulator.Set((new Feed(m_Fake))->AsEmulator(), true, false);
+    m_Plugin.m_pEmulator.Set(new Feed(m_Fake), true, false);
     m_Plugin.Stop();
     EXPECT_EQ("Destroy feed", m_Fake.GetEvents());
     EXPECT_EQ(nullptr, m_Plugin.m_pEmulator.Get());
@@ -271,7 +266,7 @@ TEST_F(EncoderPluginTest, StopWithAFeedDestroysItAndDoesNotStopTheEncoder)
 TEST_F(EncoderPluginTest, AFeedThatIsNotOwnedIsLeftToItsOwner)
 {
     Feed feed(m_Fake);
-    m_Plugin.m_pEmulator.Set(feed.AsEmulator(), false, false);
+    m_Plugin.m_pEmulator.Set(&feed, false, false);
     m_Plugin.Stop();
     EXPECT_EQ("", m_Fake.GetEvents());
     EXPECT_EQ(nullptr, m_Plugin.m_pEmulator.Get());
@@ -296,7 +291,7 @@ TEST(EncoderPlugin, TheLibraryIsGoneBeforeAFeedIsDestroyed)
         plugin.m_strLibrary = FakeEncoder::GetLibrary();
         plugin.m_strSettings = L"-8";
         ASSERT_TRUE(plugin.Open(nullptr, false));
-        plugin.m_pEmulator.Set((new Feed(fake))->AsEmulator(), true, false);
+        plugin.m_pEmulator.Set(new Feed(fake), true, false);
         fake.m_aryEvents.clear();
     }
     EXPECT_EQ("Destroy, Detach, Destroy feed", fake.GetEvents());

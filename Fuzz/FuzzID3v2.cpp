@@ -1,0 +1,102 @@
+// A tag: loaded, asked for every field, changed, and saved. No frame that was there may be lost by it, but those of the
+// field that is set and of the podcast fields, which every save makes anew.
+
+#include "FuzzCheck.h"
+#include "LySharedToolsHelper.h"
+#include "LyToolsRoot.h"
+#include "MP3Tag.h"
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <set>
+#include <string>
+
+namespace
+{
+using FRAMES = std::multiset<std::string>;
+
+const wchar_t* const s_aryPodcast[] = {
+    L"!@#$% iTunes Podcast Description !@#$%", L"!@#$% iTunes Podcast Feed URL !@#$%",
+    L"!@#$% iTunes Podcast Episode URL !@#$%", L"!@#$% iTunes Podcast Flag !@#$%",
+    L"!@#$% iTunes Podcast Date !@#$%",        L"iTunes Podcast Flag"};
+
+// The frames as they go to a file, without those of the field and of the podcast fields.
+FRAMES GetFrames(CID3v2Tag& tag, const LyString& strField)
+{
+    std::set<const CID3v2Frame*> aryExcluded;
+    auto Exclude = [&](const LyString& strName)
+    {
+        LyPointerArray<CID3v2Field> aryFields;
+        LyPointerArray<CID3v2Frame> aryFrames;
+        (void)tag.FindFieldAndFrame(strName, aryFields, aryFrames, false);
+        aryExcluded.insert(aryFrames.begin(), aryFrames.end());
+    };
+    Exclude(strField);
+    for (const wchar_t* pName : s_aryPodcast)
+        Exclude(pName);
+    FRAMES frames;
+    for (const CID3v2Frame* pFrame : tag.m_aryFrames)
+    {
+        std::string str(reinterpret_cast<const char*>(&pFrame->m_Header), sizeof pFrame->m_Header);
+        if (pFrame->m_Data.GetSize() > 0)
+            str.append(reinterpret_cast<const char*>(pFrame->m_Data.GetData()),
+                       static_cast<size_t>(pFrame->m_Data.GetSize()));
+        if (aryExcluded.count(pFrame) == 0)
+            frames.insert(str);
+    }
+    return frames;
+}
+
+void AskForEverything(CID3v2Tag& tag)
+{
+    LyPropertyMap map;
+    const int nRows = tag.m_aryFields.GetSize();
+    for (int i = 0; i < nRows; ++i)
+    {
+        const LyString strName = tag.m_aryFields[i]->m_strName;
+        const bool bRaw = tag.Get(strName, map, 1);
+        Check(tag.Get(strName, map, 0) == bRaw);
+        Check(bRaw || tag.GetSimple(strName, 0).IsEmpty());
+    }
+    for (int i = -1; i <= tag.m_aryFrames.GetSize(); ++i)
+        Check(!tag.GetFrameSummary(i).IsEmpty());
+    LyString strUnknown(L"Field of the fuzzer");
+    Check(tag.m_aryFields.GetSize() == nRows);
+    Check(!tag.Get(strUnknown, map, 0) || tag.m_aryFields.GetSize() == nRows + 2);
+}
+
+void SaveAndCompare(CID3v2Tag& tag, const LyString& strField)
+{
+    const FRAMES frames = GetFrames(tag, strField);
+    LyBuffer buffer;
+    Check(tag.SaveToBuffer(buffer, CID3v2Tag::MAX_PADDING_BYTES));
+    CID3v2Tag again;
+    Check(again.Load(buffer, 0) && again.m_aryFrames.GetSize() == tag.m_aryFrames.GetSize());
+    const FRAMES saved = GetFrames(again, strField);
+    Check(std::includes(saved.begin(), saved.end(), frames.begin(), frames.end()));
+}
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* pData, size_t nBytes)
+{
+    static LyToolsRoot s_tools;
+    g_LySharedToolsHelper.m_pTools = &s_tools;
+    LyBuffer buffer;
+    (void)buffer.FromBuffer(pData, static_cast<int>(nBytes)); // false for nothing
+    CID3v2Tag tag;
+    Check(tag.Load(buffer, 0) == tag.m_bLoaded);
+    AskForEverything(tag);
+    SaveAndCompare(tag, L"");
+    // The input's last byte tells what is set.
+    const int nField = nBytes > 0 ? pData[nBytes - 1] % tag.m_aryFields.GetSize() : 0;
+    const LyString strField = tag.m_aryFields[nField]->m_strName;
+    const FRAMES others = GetFrames(tag, strField);
+    (void)tag.Set(strField, L"3/4; Value"); // not every field takes it
+    Check(GetFrames(tag, strField) == others);
+    SaveAndCompare(tag, strField);
+    Check(tag.Set(L"Field of the fuzzer", L"Value \x20AC"));
+    Check(tag.GetSimple(L"Field of the fuzzer", 0) == L"Value \x20AC");
+    SaveAndCompare(tag, L"Field of the fuzzer");
+    Check(!tag.Set(L"Field of the fuzzer", L""));
+    return 0;
+}

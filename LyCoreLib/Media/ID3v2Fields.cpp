@@ -1,0 +1,113 @@
+// The table of field rows, and the pairs of row and frame for a name.
+
+#include "MP3Tag.h"
+#include <cstring>
+
+namespace
+{
+constexpr char USER_TEXT_ID[] = "TXXX";
+constexpr char COMMENT_ID[] = "COMM";
+constexpr wchar_t OLDER_WRITERS_PREFIX[] = L"Tune Hearth: ";
+constexpr wchar_t NEVER_CREATED[] = L"Year"; // a tag of version 2.4 holds it in its date
+
+bool AreEqualNoCase(const wchar_t* pFirst, const wchar_t* pSecond)
+{
+    return LyHash::AreTextsEqual(pFirst, pSecond, false);
+}
+
+bool HasDescription(const CID3v2Frame& frame, const LyString& strDescription)
+{
+    // The text stays the frame's, unlike that of GetProperty.
+    const LyPropertyMap::PROPERTIES* pProperties = frame.m_Properties.m_pProperties;
+    const LyString* pText = pProperties != nullptr ? pProperties->FindValue(CID3v2Property::DESCRIPTION) : nullptr;
+    return AreEqualNoCase(pText != nullptr ? static_cast<const wchar_t*>(*pText) : nullptr, strDescription);
+}
+
+bool IsFrameOfField(const CID3v2Frame& frame, const CID3v2Field& row)
+{
+    if (!frame.m_Header.HasID(row.m_ID))
+        return false;
+    switch (frame.GetType())
+    {
+    case ID3V2_FRAME_TYPE_USER_TEXT:
+    case ID3V2_FRAME_TYPE_COMMENT:
+        return row.HasFlag(ID3V2_FIELD_ANY_DESCRIPTION) || HasDescription(frame, row.m_strDescription);
+    case ID3V2_FRAME_TYPE_PICTURE:
+        return row.m_nPictureType == CID3v2Field::ANY_PICTURE_TYPE ||
+               frame.m_Properties.GetPropertyInt(CID3v2Property::PICTURE_TYPE) == row.m_nPictureType;
+    default:
+        return true;
+    }
+}
+} // namespace
+
+void CID3v2Tag::AddField(CID3v2Field* pField)
+{
+    if (pField == nullptr)
+        return;
+    const int nIndex = m_aryFields.Add(pField);
+    if (nIndex < 0)
+    {
+        delete pField; // no memory
+        return;
+    }
+    LyNumberArray<int>* pIndexes = nullptr;
+    if (!m_mapFieldIndexes.Lookup(pField->m_strName, pIndexes))
+    {
+        pIndexes = new LyNumberArray<int>;
+        (void)m_mapFieldIndexes.SetAt(pField->m_strName, pIndexes);
+    }
+    (void)pIndexes->Add(nIndex);
+}
+
+CID3v2Field* CID3v2Tag::FindField(const LyString& strName, int& nPos, bool bCreate, int nMask)
+{
+    LyNumberArray<int>* pIndexes = nullptr;
+    if (m_mapFieldIndexes.Lookup(strName, pIndexes))
+    {
+        for (const int nIndex : *pIndexes)
+        {
+            CID3v2Field* pField = m_aryFields[nIndex];
+            if (nIndex < nPos || !pField->PassesMask(nMask))
+                continue;
+            nPos = nIndex + 1;
+            return pField;
+        }
+    }
+    if (!bCreate || nPos != 0 || AreEqualNoCase(strName, NEVER_CREATED))
+        return nullptr;
+    nPos = m_aryFields.GetSize();
+    constexpr int nWrite = ID3V2_FIELD_WRITE_23 | ID3V2_FIELD_WRITE_24;
+    AddField(new CID3v2Field(USER_TEXT_ID, strName, strName, nWrite, CID3v2Field::ANY_PICTURE_TYPE));
+    AddField(new CID3v2Field(COMMENT_ID, strName, OLDER_WRITERS_PREFIX + strName, 0, CID3v2Field::ANY_PICTURE_TYPE));
+    return FindField(strName, nPos, false, nMask);
+}
+
+int CID3v2Tag::FindField(const char* pID, const wchar_t* pDescription, int nMask) const
+{
+    for (int i = 0; pID != nullptr && i < m_aryFields.GetSize(); ++i)
+    {
+        const CID3v2Field& row = *m_aryFields[i];
+        if (memcmp(row.m_ID, pID, sizeof row.m_ID) == 0 && row.PassesMask(nMask) &&
+            AreEqualNoCase(pDescription, row.m_strDescription))
+            return i;
+    }
+    return -1;
+}
+
+bool CID3v2Tag::FindFieldAndFrame(const LyString& strName, LyPointerArray<CID3v2Field>& aryFields,
+                                  LyPointerArray<CID3v2Frame>& aryFrames, bool bCreate)
+{
+    aryFields.RemoveAll(false);
+    aryFrames.RemoveAll(false);
+    int nPos = 0;
+    while (CID3v2Field* pField = FindField(strName, nPos, bCreate, ID3V2_FIELD_ANY_FLAGS))
+    {
+        for (CID3v2Frame* pFrame : m_aryFrames)
+        {
+            if (IsFrameOfField(*pFrame, *pField) && aryFields.Add(pField) >= 0)
+                (void)aryFrames.Add(pFrame);
+        }
+    }
+    return aryFrames.GetSize() > 0;
+}
