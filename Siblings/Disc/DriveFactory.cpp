@@ -1,7 +1,9 @@
 #include "DriveFactory.h"
 #include "DeviceDrive.h"
 #include "ImageDrive.h"
+#include "OffsetDrive.h"
 #include "ProfiledDrive.h"
+#include "ReadOffsetLookup.h"
 #include <filesystem>
 
 namespace
@@ -13,13 +15,21 @@ bool IsMissingNode(const std::string& strPath)
     std::error_code error;
     return path.parent_path() == "/dev" && !std::filesystem::exists(path, error);
 }
-} // namespace
 
-std::unique_ptr<ServiceDrive> CreateServiceDrive(const std::string& strPath, std::string& strError)
+std::unique_ptr<ServiceDrive> CreateUncorrected(const std::string& strPath, std::string& strError)
 {
     if (IsDevicePath(strPath) || IsMissingNode(strPath))
         return std::make_unique<DeviceDrive>(strPath);
     if (HasDriveProfile(strPath))
         return CreateProfiledDrive(strPath, strError);
     return std::make_unique<ImageDrive>(strPath);
+}
+} // namespace
+
+std::unique_ptr<ServiceDrive> CreateServiceDrive(const std::string& strPath, std::string& strError)
+{
+    std::unique_ptr<ServiceDrive> pDrive = CreateUncorrected(strPath, strError);
+    if (pDrive == nullptr)
+        return nullptr;
+    return std::make_unique<OffsetDrive>(std::move(pDrive), LookUpReadOffset);
 }

@@ -1,5 +1,6 @@
 // DriveFactory: which kind of drive a path is for: hardware behind a device node, an image that behaves like hardware
-// as its profile tells, or an image. Threads: any; a function without state.
+// as its profile tells, or an image. Each of them has its audio put right by the read offset that is set for its model
+// (ReadOffsetLookup.h). Threads: any; a function without state.
 
 #pragma once
 

@@ -3,6 +3,7 @@
 #include "DriveProfile.h"
 #include "CueLine.h"
 #include "ProfileValue.h"
+#include "ReadOffsetOption.h"
 #include "TextDecode.h"
 #include <algorithm>
 #include <set>
@@ -57,6 +58,14 @@ bool ReadSeed(DRIVE_PROFILE& profile, std::string_view strValue)
         return false;
     profile.m_nSeed = static_cast<unsigned long long>(nSeed);
     return true;
+}
+
+// As the option that corrects it is written.
+bool ReadReadOffset(DRIVE_PROFILE& profile, std::string_view strValue)
+{
+    const std::optional<int> nFrames = ParseReadOffset(WidenUTF8(strValue));
+    profile.m_nReadOffset = nFrames.value_or(0);
+    return nFrames.has_value();
 }
 
 bool ReadUnreadable(DRIVE_PROFILE& profile, std::string_view strValue)
@@ -209,6 +218,7 @@ const PROFILE_KEY s_aryKeys[] = {
      "a number of milliseconds up to 3600000"},
     {"Seek", ReadInt<&P::m_nSeekMs, 0, PROFILE_MAX_MS>, "a number of milliseconds up to 60000"},
     {"Speed", ReadInt<&P::m_nSpeed, 1, PROFILE_MAX_SPEED>, "a multiple from 1 to 372, as in \"Speed = 48\""},
+    {"ReadOffset", ReadReadOffset, "a number of sample frames from -44100 to 44100"},
     {"Seed", ReadSeed, "a number of at most 18 digits"},
     {"Unreadable", ReadUnreadable, "sectors, as in \"100-110\", \"100-110, every 3\" or \"100-110, 50%\"", true},
     {"Differs", ReadDiffers, "sectors, as in \"100-110\"", true},

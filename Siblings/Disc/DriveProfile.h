@@ -110,6 +110,8 @@ struct DRIVE_PROFILE
     int m_nSpinDownAfterMs = 0; // 0: never
     int m_nSeekMs = 0;          // from the first to the last sector of a full disc
     int m_nSpeed = 0;           // 0: sectors take no time
+    int m_nReadOffset =
+        0; // frames by which its audio must be corrected: it comes so many too early or, from 1 on, late
     unsigned long long m_nSeed = 0;
 
     std::vector<UNREADABLE_FAULT> m_aryUnreadable;

@@ -40,6 +40,7 @@ bool OffsetDrive::Acquire(std::string& strError)
     m_Offset = m_FindOffset(m_pDrive->GetDescription());
     if (m_Offset.m_nFrames > READ_OFFSET::MAX_FRAMES || m_Offset.m_nFrames < -READ_OFFSET::MAX_FRAMES)
         m_Offset.m_nFrames = 0;
+    m_bCorrects.store(m_Offset.m_nFrames != 0, std::memory_order_release);
     return true;
 }
 
@@ -56,8 +57,18 @@ READ_OFFSET OffsetDrive::GetOffset()
     return m_Offset;
 }
 
+std::string OffsetDrive::GetWarnings()
+{
+    std::string strWarnings = m_pDrive->GetWarnings();
+    const std::string strOwn = GetOffset().m_strWarning;
+    strWarnings += (strWarnings.empty() || strOwn.empty() || strWarnings.back() == '\n' ? "" : "\n") + strOwn;
+    return strWarnings;
+}
+
 bool OffsetDrive::Send(const DRIVE_COMMAND& command, SENSE_DATA& sense)
 {
+    if (!m_bCorrects.load(std::memory_order_acquire))
+        return m_pDrive->Send(command, sense);
     std::unique_lock lock(m_Mutex);
     if (IsShifted(command))
         return ReadShifted(command, sense);

@@ -14,11 +14,14 @@
 // Reads:   a command of the other drive asks for LY_CD_MAX_READ_SECTORS at most. Nothing is kept from one command for
 //          the next: what is read twice to be compared comes from the drive twice.
 // Errors:  those of the other drive. On a failed command the whole data buffer is zeroed.
+// Cost:    a drive without a correction pays for one look at a flag a command.
 // Threads: any. One lock, held over an audio read.
 
 #pragma once
 
+#include "ReadOffsetOption.h"
 #include "ServiceDrive.h"
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -27,10 +30,11 @@
 
 struct READ_OFFSET
 {
-    static constexpr int MAX_FRAMES = 588 * 75; // one second; lists of drives know nothing near it
+    static constexpr int MAX_FRAMES = READ_OFFSET_MAX_FRAMES;
 
     int m_nFrames = 0;
-    bool m_bOverRead = false; // the drive is asked for what lies outside the disc
+    bool m_bOverRead = false;      // the drive is asked for what lies outside the disc
+    std::string m_strWarning = {}; // a sentence on what was set and makes no sense; empty if nothing
 };
 
 class OffsetDrive final : public ServiceDrive
@@ -48,7 +52,7 @@ public:
     void Release() override;
     bool Send(const DRIVE_COMMAND& command, SENSE_DATA& sense) override;
     std::string GetReadErrorText() override { return m_pDrive->GetReadErrorText(); }
-    std::string GetWarnings() override { return m_pDrive->GetWarnings(); }
+    std::string GetWarnings() override;
     DRIVE_DESCRIPTION GetDescription() override { return m_pDrive->GetDescription(); }
 
     void AddUser(int nMode) override { m_pDrive->AddUser(nMode); }
@@ -60,6 +64,7 @@ public:
     wchar_t* GetPackedCapabilities() override { return m_pDrive->GetPackedCapabilities(); }
 
     READ_OFFSET GetOffset(); // as the present holders have it
+    const ServiceDrive& GetInner() const { return *m_pDrive; }
 
 private:
     // What a command asks for, and the sectors that cover it.
@@ -83,6 +88,7 @@ private:
 
     const std::unique_ptr<ServiceDrive> m_pDrive; // never null
     const FIND_OFFSET m_FindOffset;
+    std::atomic<bool> m_bCorrects{false}; // changes only when the first holder comes
 
     std::mutex m_Mutex; // over all below
     READ_OFFSET m_Offset;

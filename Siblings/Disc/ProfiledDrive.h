@@ -8,6 +8,8 @@
 //          one command after the other, as hardware does.
 // Errors:  as ImageDrive, and those of the profile. On a failed command the whole data buffer is zeroed.
 //            4/08/01 the command ran into its time-out     4/05/00 the drive was removed
+// Offset:  the audio of a drive with a read offset is shifted by it, and is not wrong. So it is only where sectors of
+//          audio are asked for as such.
 // Wrong:   bytes that a fault has changed come with good status, as from hardware. GetStatistics and GetHistory tell.
 // Threads: any.
 
@@ -113,8 +115,10 @@ private:
     DRIVE_SENSE ServeRead(const DRIVE_COMMAND& command, const READ_REQUEST& request, PROFILED_COMMAND& record);
     DRIVE_SENSE TryDisc(const READ_REQUEST& request);
     void KeepSectors(const READ_REQUEST& request);
-    int SpoilSectors(unsigned char* pData, const READ_REQUEST& request);
-    void ShiftSector(unsigned char* pSector, int nLBA, int nFrames);
+    int GetReadOffset(const DRIVE_COMMAND& command) const;
+    int SpoilSectors(const DRIVE_COMMAND& command, const READ_REQUEST& request);
+    bool ReadAudio(unsigned char* pSector, int nLBA);
+    void FillSector(unsigned char* pSector, int nLBA, int nFrames);
     void ReadAhead(CLOCK::time_point now);
 
     std::mutex m_Mutex; // over everything below; never held over a sleep

@@ -11,6 +11,7 @@ namespace
 {
 constexpr DRIVE_SENSE GOOD = {};
 constexpr int READ_CD_CDB_BYTES = 12;
+constexpr unsigned char READ_CD_TYPE_MASK = 0x1C;
 constexpr int SMALLEST_SECTOR_BYTES = 2048; // user data of a data sector
 } // namespace
 
@@ -73,8 +74,13 @@ DRIVE_SENSE ProfiledDrive::ServeRead(const DRIVE_COMMAND& command, const READ_RE
         return image;
     KeepSectors(request);
     const int nSectors = std::min(request.m_nSectors, command.m_nDataBytes / LY_CD_SECTOR_BYTES);
-    if (m_Faults.SpoilsAnything() && command.m_nDataBytes == nSectors * LY_CD_SECTOR_BYTES)
-        record.m_nWrongSectors = SpoilSectors(command.m_pData, {request.m_nLBA, nSectors});
+    const bool bWhole = command.m_nDataBytes == nSectors * LY_CD_SECTOR_BYTES;
+    if (GetReadOffset(command) != 0 && bWhole)
+        for (int n = 0; n < nSectors; ++n)
+            FillSector(command.m_pData + static_cast<std::ptrdiff_t>(n) * LY_CD_SECTOR_BYTES, request.m_nLBA + n,
+                       -GetReadOffset(command));
+    if (m_Faults.SpoilsAnything() && bWhole)
+        record.m_nWrongSectors = SpoilSectors(command, {request.m_nLBA, nSectors});
     return GOOD;
 }
 
@@ -118,9 +124,17 @@ void ProfiledDrive::KeepSectors(const READ_REQUEST& request)
     }
 }
 
-// The number of sectors that are not the image's any more.
-int ProfiledDrive::SpoilSectors(unsigned char* pData, const READ_REQUEST& request)
+// By how many frames the drive delivers audio too late (negative: too early) for this command.
+int ProfiledDrive::GetReadOffset(const DRIVE_COMMAND& command) const
 {
+    return (command.m_pCDB[1] & READ_CD_TYPE_MASK) == READ_CD_TYPE_CDDA ? m_Profile.m_nReadOffset : 0;
+}
+
+// The number of sectors that are not the image's any more.
+int ProfiledDrive::SpoilSectors(const DRIVE_COMMAND& command, const READ_REQUEST& request)
+{
+    const int nReadOffset = GetReadOffset(command);
+    unsigned char* pData = command.m_pData;
     int nWrong = 0;
     unsigned char aryTrue[LY_CD_SECTOR_BYTES];
     for (int n = 0; n < request.m_nSectors; ++n)
@@ -129,36 +143,41 @@ int ProfiledDrive::SpoilSectors(unsigned char* pData, const READ_REQUEST& reques
         const int nLBA = request.m_nLBA + n;
         const unsigned long long nOrigin = m_aryOrigins[static_cast<size_t>(n)];
         std::memcpy(aryTrue, pSector, sizeof aryTrue);
-        ShiftSector(pSector, nLBA, m_Faults.GetShift(nLBA, nOrigin));
+        const int nJitter = m_Faults.GetShift(nLBA, nOrigin);
+        if (nJitter != 0)
+            FillSector(pSector, nLBA, nJitter - nReadOffset);
         (void)m_Faults.Spoil(pSector, nLBA, nOrigin);
         nWrong += std::memcmp(aryTrue, pSector, sizeof aryTrue) != 0 ? 1 : 0;
     }
     return nWrong;
 }
 
-// Lets the sector begin so many frames late (positive) or early; what is missing comes from its neighbour.
-void ProfiledDrive::ShiftSector(unsigned char* pSector, int nLBA, int nFrames)
+// One sector of audio as the image has it; silence, and false, where there is none.
+bool ProfiledDrive::ReadAudio(unsigned char* pSector, int nLBA)
 {
-    if (nFrames == 0)
-        return;
-    unsigned char aryNeighbour[LY_CD_SECTOR_BYTES] = {};
     unsigned char aryCDB[READ_CD_CDB_BYTES] = {CDB_READ_CD, READ_CD_TYPE_CDDA};
-    MMCPut32(aryCDB + 2, static_cast<unsigned int>(nFrames > 0 ? nLBA + 1 : nLBA - 1));
+    MMCPut32(aryCDB + 2, static_cast<unsigned int>(nLBA));
     aryCDB[8] = 1;
     aryCDB[9] = READ_CD_USER_DATA;
-    int nBytes = sizeof aryNeighbour;
-    // Where there is no neighbour, or none that can be read, there is silence.
-    (void)RunOnImage({aryCDB, sizeof aryCDB, aryNeighbour, nBytes, DRIVE_TRANSFER_IN});
-    const auto nShift = static_cast<size_t>(std::min(std::abs(nFrames), LY_CD_SECTOR_FRAMES) * LY_CD_FRAME_BYTES);
-    const size_t nRest = LY_CD_SECTOR_BYTES - nShift;
-    if (nFrames > 0)
-    {
-        std::memmove(pSector, pSector + nShift, nRest);
-        std::memcpy(pSector + nRest, aryNeighbour, nShift);
+    int nBytes = LY_CD_SECTOR_BYTES;
+    if (RunOnImage({aryCDB, sizeof aryCDB, pSector, nBytes, DRIVE_TRANSFER_IN}).IsGood())
+        return true;
+    std::memset(pSector, 0, LY_CD_SECTOR_BYTES);
+    return false;
+}
+
+// Lets the sector begin so many frames late (positive) or early. Data is found by its sync pattern and never shifts.
+void ProfiledDrive::FillSector(unsigned char* pSector, int nLBA, int nFrames)
+{
+    unsigned char aryTwo[2 * LY_CD_SECTOR_BYTES];
+    if (!ReadAudio(aryTwo, nLBA))
         return;
-    }
-    std::memmove(pSector + nShift, pSector, nRest);
-    std::memcpy(pSector, aryNeighbour + nRest, nShift);
+    const int nSectors =
+        nFrames >= 0 ? nFrames / LY_CD_SECTOR_FRAMES : -((LY_CD_SECTOR_FRAMES - 1 - nFrames) / LY_CD_SECTOR_FRAMES);
+    const int nSkip = (nFrames - nSectors * LY_CD_SECTOR_FRAMES) * LY_CD_FRAME_BYTES;
+    (void)ReadAudio(aryTwo, nLBA + nSectors);
+    (void)ReadAudio(aryTwo + LY_CD_SECTOR_BYTES, nLBA + nSectors + 1);
+    std::memcpy(pSector, aryTwo + nSkip, LY_CD_SECTOR_BYTES);
 }
 
 // What the drive has read by itself since its last command. It stops at the end of the disc, and at sectors that may

@@ -2,6 +2,7 @@
 #include "DriveFactory.h"
 #include "ImageDrive.h"
 #include "ImageFiles.h"
+#include "OffsetDrive.h"
 #include "ProfiledDrive.h"
 #include <gtest/gtest.h>
 
@@ -11,11 +12,13 @@ std::string GetKind(const std::string& strPath)
 {
     std::string strError;
     const std::unique_ptr<ServiceDrive> pDrive = CreateServiceDrive(strPath, strError);
-    if (dynamic_cast<DeviceDrive*>(pDrive.get()) != nullptr)
+    const auto* pCorrected = dynamic_cast<const OffsetDrive*>(pDrive.get());
+    const ServiceDrive* pInner = pCorrected != nullptr ? &pCorrected->GetInner() : nullptr;
+    if (dynamic_cast<const DeviceDrive*>(pInner) != nullptr)
         return "device";
-    if (dynamic_cast<ProfiledDrive*>(pDrive.get()) != nullptr)
+    if (dynamic_cast<const ProfiledDrive*>(pInner) != nullptr)
         return "profile";
-    return dynamic_cast<ImageDrive*>(pDrive.get()) != nullptr ? "image" : strError;
+    return dynamic_cast<const ImageDrive*>(pInner) != nullptr ? "image" : strError;
 }
 } // namespace
 

@@ -47,6 +47,8 @@ const BAD_PROFILE s_aryBad[] = {
     {"Speed = 0\n", 1, "from 1 to 372"},
     {"Speed = 373\n", 1, "from 1 to 372"},
     {"Seed = 1234567890123456789\n", 1, "18 digits"},
+    {"ReadOffset = 44101\n", 1, "from -44100 to 44100"},
+    {"ReadOffset = 6.5\n", 1, "from -44100 to 44100"},
     {"ModePage = 2A 12\n", 1, "one page in hexadecimal"},
     {"ModePage = 00 00\n", 1, "one page in hexadecimal"},
     {"ModePage = 3F 00\n", 1, "one page in hexadecimal"},
@@ -109,6 +111,14 @@ TEST(DriveProfile, KeysStandInAnyCaseWithBlanksAndComments)
     EXPECT_EQ("a, b.cue", profile.m_strImage);
     EXPECT_EQ(12U, profile.m_nSeed);
     EXPECT_EQ("C#7", Parse("  #x\nModel = C#7 #").m_strModel);
+}
+
+TEST(DriveProfile, AReadOffsetHasASignOrNone)
+{
+    EXPECT_EQ(0, Parse("").m_nReadOffset);
+    EXPECT_EQ(667, Parse("ReadOffset = 667").m_nReadOffset);
+    EXPECT_EQ(6, Parse("ReadOffset = +6").m_nReadOffset);
+    EXPECT_EQ(-44100, Parse("readoffset = -44100").m_nReadOffset);
 }
 
 TEST(DriveProfile, TheCacheIsTheBufferUnlessItIsToldOtherwise)

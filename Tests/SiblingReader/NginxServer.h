@@ -2,6 +2,7 @@
 //
 //   /files/...      what the test has written there; no ranges under /noranges/..., gzip on the way under /gzip/...,
 //                   300 KB a second under /slow/...
+//   /packed/<name>  the file <name>.gz, as it is to who takes gzip; to others unpacked, without a length
 //   /redirect, /relative, /loop, /hops/, /toftp      redirects
 //   /status/<code>  that status
 //   /ask            the method, and the header lines X-Test and User-Agent, as text
@@ -109,6 +110,9 @@ private:
                "    location /gzip/ { alias " +
                strFolder +
                "/files/; gzip on; gzip_min_length 1; gzip_types *; }\n"
+               "    location /packed/ { alias " +
+               strFolder +
+               "/files/; gzip_static always; gunzip on; }\n"
                "    location /slow/ { alias " +
                strFolder +
                "/files/; limit_rate 300k; }\n"
