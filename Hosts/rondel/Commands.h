@@ -13,8 +13,13 @@ enum EXIT_CODE : int
 
 void AddInfoCommand(CLI::App& app, int& nExitCode);
 void AddPlayCommand(CLI::App& app, int& nExitCode);
+void AddRipCommand(CLI::App& app, int& nExitCode);
 void AddMakeDiscCommand(CLI::App& app, int& nExitCode);
 void AddDrivesCommand(CLI::App& app, int& nExitCode);
 void AddTrayCommands(CLI::App& app, int& nExitCode); // eject, close, lock, unlock
 void AddOptionsCommand(CLI::App& app, int& nExitCode);
 void AddFetchCommand(CLI::App& app, int& nExitCode);
+void AddEncodeCommand(CLI::App& app, int& nExitCode);
+void AddInspectCommand(CLI::App& app, int& nExitCode);
+void AddCheckCommand(CLI::App& app, int& nExitCode);
+void AddTagsCommand(CLI::App& app, int& nExitCode);

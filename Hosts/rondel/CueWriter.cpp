@@ -37,6 +37,8 @@ std::string FormatTrack(int nNumber, const CUE_TRACK& track)
         strText += "    TITLE " + Quote(track.strTitle) + "\n";
     if (!track.strPerformer.empty())
         strText += "    PERFORMER " + Quote(track.strPerformer) + "\n";
+    if (!track.strISRC.empty())
+        strText += "    ISRC " + track.strISRC + "\n";
     if (track.nGapSector != track.nStartSector)
         strText += FormatIndex(0, track.nGapSector);
     return strText + FormatIndex(1, track.nStartSector);
@@ -50,7 +52,7 @@ void WriteCue(const std::string& strPath, const CUE_DISC& disc)
         strText += "TITLE " + Quote(disc.strTitle) + "\n";
     if (!disc.strPerformer.empty())
         strText += "PERFORMER " + Quote(disc.strPerformer) + "\n";
-    strText += "FILE " + Quote(disc.strBinName) + " BINARY\n";
+    strText += "FILE " + Quote(disc.strBinName) + " " + disc.strFileType + "\n";
     int nNumber = 0;
     for (const CUE_TRACK& track : disc.aryTracks)
         strText += FormatTrack(++nNumber, track);

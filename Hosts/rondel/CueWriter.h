@@ -1,4 +1,4 @@
-// Writes CUE sheets (CDRWIN's text format, UTF-8) for one BIN of 2352-byte audio sectors.
+// Writes CUE sheets (CDRWIN's text format, UTF-8) for one BIN of 2352-byte audio sectors, or one audio file.
 
 #pragma once
 
@@ -11,6 +11,7 @@ struct CUE_TRACK
     std::string strPerformer;
     int nGapSector = 0;   // where the gap ahead of the track begins in the BIN; nStartSector without one
     int nStartSector = 0; // in the BIN
+    std::string strISRC;
 };
 
 struct CUE_DISC
@@ -18,6 +19,7 @@ struct CUE_DISC
     std::string strTitle;
     std::string strPerformer;
     std::string strBinName;
+    std::string strFileType = "BINARY"; // "WAVE" for whatever is decoded
     std::vector<CUE_TRACK> aryTracks;
 };
 

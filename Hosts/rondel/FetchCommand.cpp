@@ -1,155 +1,184 @@
-// rondel fetch: a file or URL through the reader library.
+// rondel fetch: a file or URL, or a part of one, through the file loader.
 
 #include "Commands.h"
+#include "FetchOutput.h"
+#include "FileLoader.h"
 #include "HostError.h"
-#include "ILyReader.h"
 #include "LySharedToolsHelper.h"
-#include "PartialFile.h"
 #include "Progress.h"
 #include "Services.h"
 #include "Text.h"
-#include <cerrno>
-#include <csignal>
-#include <cstdio>
-#include <cstring>
+#include <climits>
+#include <ctime>
 #include <filesystem>
 #include <memory>
-#include <unistd.h>
-#include <vector>
+#include <optional>
+#include <sys/stat.h>
 
 namespace
 {
-constexpr int BLOCK_BYTES = 65536;
-
 struct FETCH_OPTIONS
 {
     std::string strSource;
     std::string strOutput;
     bool bHeaders = false;
     int nTimeoutSeconds = 20;
+    long long nFirstByte = 0;
+    long long nLimit = 0; // 0: none
+    bool bIfNewer = false;
 };
 
-std::string GetInfo(ILyReader& reader, const wchar_t* pName)
-{
-    wchar_t* pText = reader.GetInfo(pName);
-    std::string strText = Narrow(pText);
-    LyCom::SysFreeString(pText);
-    return strText;
-}
-
-[[noreturn]] void Fail(ILyReader& reader, const std::string& strSource, const char* pWhat)
-{
-    const std::string strReason = GetInfo(reader, L"Error");
-    const std::string strStatus = GetInfo(reader, L"StatusCode");
-    if (!strReason.empty())
-        throw HostError(strReason);
-    throw HostError(strSource + pWhat + (strStatus.empty() ? "" : " (the server answered " + strStatus + ")") +
-                    "; check the name and try again.");
-}
-
-// Where the bytes go. A file has its name only when it is whole.
-class Target
+// Shows what the loader tells.
+class ProgressListener final : public IFileLoaderProgress
 {
 public:
-    explicit Target(const std::string& strPath) : m_strPath(strPath)
-    {
-        std::signal(SIGPIPE, SIG_IGN); // a reader that has gone is an error to report, not a signal to die of
-        if (strPath == "-" && isatty(STDOUT_FILENO) != 0)
-            throw HostError("standard output is a terminal; pipe it into a program, or name a file with -o FILE.");
-        m_pFile = strPath == "-" ? stdout : Open(FindOutputPlace(strPath));
-        if (m_pFile == nullptr)
-            throw HostError(strPath + " cannot be written (" + std::strerror(errno) +
-                            "); choose another place with -o.");
-    }
-    ~Target()
-    {
-        if (m_pFile != nullptr && m_pFile != stdout)
-            (void)std::fclose(m_pFile);
-    }
-    Target(const Target&) = delete;
-    Target& operator=(const Target&) = delete;
-
-    void Write(const unsigned char* p, int nBytes)
-    {
-        if (std::fwrite(p, 1, static_cast<size_t>(nBytes), m_pFile) != static_cast<size_t>(nBytes))
-            Fail();
-    }
-    void Finish()
-    {
-        FILE* pFile = m_pFile;
-        if (std::fflush(pFile) != 0)
-            Fail();
-        if (pFile == stdout)
-            return;
-        m_pFile = nullptr;
-        if (std::fclose(pFile) != 0 || (m_pPartial != nullptr && !m_pPartial->Finish()))
-            Fail();
-    }
+    explicit ProgressListener(const std::string& strTask) : m_Progress(strTask, STEPS) {}
+    bool GetCancelled() override { return false; } // signals end the program
+    void SetProgress(float fProgress) override { m_Progress.Set(static_cast<long long>(fProgress * STEPS)); }
 
 private:
-    FILE* Open(const OUTPUT_PLACE& place)
-    {
-        if (!place.bFile)
-            return std::fopen(place.strPath.c_str(), "wb");
-        m_pPartial = std::make_unique<PartialFile>(place.strPath);
-        return m_pPartial->GetIsOpen() ? fdopen(m_pPartial->TakeDescriptor(), "wb") : nullptr;
-    }
-    [[noreturn]] void Fail() const
-    {
-        if (errno == EPIPE)
-            throw HostError("the program that takes the data has ended early; start it again, or use -o FILE.");
-        throw HostError((m_strPath == "-" ? "standard output" : m_strPath) + " could not be written to its end (" +
-                        std::strerror(errno) + "); choose another place with -o.");
-    }
+    static constexpr int STEPS = 10000;
 
-    std::string m_strPath;
-    std::unique_ptr<PartialFile> m_pPartial; // null: no file
-    FILE* m_pFile = nullptr;
+    Progress m_Progress;
 };
 
 // The last part of the address, as browsers do.
-std::string GetDefaultName(const std::string& strSource)
+std::string GetDefaultName(const std::string& strSource, bool bMayBeThere)
 {
     const std::string strPath = strSource.substr(0, strSource.find_first_of("?#"));
     std::string strName = strPath.substr(strPath.rfind('/') + 1);
-    if (std::filesystem::exists(strName))
-        throw HostError(strName + " is already there; name the file to write with -o FILE.");
     if (strName.empty())
-        throw HostError("it is not clear under which name to keep " + strSource + "; name a file with -o FILE.");
+        throw HostError("it is not clear under which name to keep " + strSource +
+                        ", which ends as a directory does; name a file with -o FILE.");
+    if (!bMayBeThere && std::filesystem::exists(strName))
+        throw HostError(strName + " is already there; name the file to write with -o FILE.");
     return strName;
 }
+
+// Of the copy that is there; none if there is no copy. It goes the way of the server's date, whole seconds as a text,
+// so that equal times are equal numbers.
+LyDateTime GetDateOfCopy(const std::string& strPath)
+{
+    LyDateTime date;
+    struct stat status;
+    tm time = {};
+    char szTime[32];
+    if (stat(strPath.c_str(), &status) == 0 && gmtime_r(&status.st_mtime, &time) != nullptr &&
+        std::strftime(szTime, sizeof szTime, "%Y-%m-%dT%H:%M:%SZ", &time) > 0)
+        (void)date.Parse(Widen(szTime));
+    return date;
+}
+
+class Fetcher
+{
+public:
+    explicit Fetcher(const FETCH_OPTIONS& options)
+        : m_Options(options), m_strPath(options.strOutput.empty() ? GetDefaultName(options.strSource, options.bIfNewer)
+                                                                  : options.strOutput),
+          m_Output(m_strPath), m_Listener(options.strSource)
+    {
+        m_Output.m_OnBegin = [this] { Begin(); };
+        m_Output.m_OnEnd = [this] { End(); };
+        m_Loader.m_nTimeoutMS = options.nTimeoutSeconds * 1000;
+        m_Loader.m_nStartOffset = options.nFirstByte;
+        m_Loader.m_pProgress = &m_Listener;
+        m_Loader.SetMaximumLength(options.nLimit);
+        if (GetIsWhole() && !options.bIfNewer && !m_Output.GetWorkingPath().empty() && GetLyTools(true) != nullptr)
+            m_Loader.AddDownloadParametersRequestHeaders(LyStringArray(), true);
+    }
+
+    void Run()
+    {
+        const LyDateTime date = m_Options.bIfNewer ? GetDateOfCopy(m_strPath) : LyDateTime();
+        bool bCreate = true;
+        const bool bLoaded =
+            m_Loader.LoadInternal(Widen(m_Options.strSource), nullptr, &m_Output,
+                                  Widen(date.GetValue() != 0 ? m_strPath : m_Output.GetWorkingPath()), bCreate, date);
+        m_pUnpacking.reset();
+        if (m_Options.bHeaders && !m_Output.GetHasBegun())
+            ShowHeaders();
+        m_Output.ThrowError();
+        if (!m_Loader.m_strError.IsEmpty())
+            throw HostError(Narrow(m_Loader.m_strError));
+        if (!bLoaded && date.GetValue() != 0 && !m_Output.GetHasBegun() && Narrow(m_Loader.m_strStatusCode) == "304")
+            return;
+        // Of a source without a length, and without a byte, the loader cannot tell that it was whole.
+        if (!bLoaded && !(m_bEnded && m_strEncoding.empty() && m_nLength < 0 && m_Output.GetWritten() == 0 &&
+                          m_Options.nFirstByte == 0))
+            Fail();
+        m_Output.Finish();
+    }
+
+private:
+    bool GetIsWhole() const { return m_Options.nFirstByte == 0 && m_Options.nLimit == 0; }
+    void ShowHeaders() const { std::fputs(Narrow(m_Loader.m_strAllHeaders).c_str(), stderr); }
+
+    // The source is open.
+    void Begin()
+    {
+        if (m_Options.bHeaders)
+            ShowHeaders();
+        m_nLength = m_Loader.m_pReader->GetLength();
+        wchar_t* pEncoding = m_Loader.m_pReader->GetInfo(L"ContentEncoding");
+        m_strEncoding = Narrow(pEncoding);
+        LyCom::SysFreeString(pEncoding);
+        if (m_strEncoding.empty())
+            return;
+        const std::string strPacked = m_Options.strSource + " comes packed (" + m_strEncoding + ")";
+        if (!GetIsWhole())
+            throw HostError(strPacked + ", so that its bytes cannot be counted; fetch the whole of it.");
+        if (m_Options.bIfNewer)
+            throw HostError(strPacked + ", so that its length tells nothing; fetch it without --if-newer.");
+        if (m_Output.GetWorkingPath().empty())
+            throw HostError(strPacked + ", which takes a file to unpack it in; name one with -o FILE.");
+    }
+
+    // All bytes are there. What is packed is unpacked next, beside itself.
+    void End()
+    {
+        m_bEnded = true;
+        if (!m_strEncoding.empty())
+            m_pUnpacking.emplace(m_Output.GetWorkingPath() + ".tmp");
+    }
+
+    [[noreturn]] void Fail() const
+    {
+        const std::string strStatus = Narrow(m_Loader.m_strStatusCode);
+        std::string strWhat = " ended early";
+        if (!m_Output.GetHasBegun())
+            strWhat = " could not be opened";
+        else if (!m_strEncoding.empty() && m_bEnded)
+            strWhat = " came packed and could not be unpacked";
+        else if (m_Options.nFirstByte > 0 && m_Output.GetWritten() == 0)
+            strWhat = " ended before byte " + std::to_string(m_Options.nFirstByte);
+        throw HostError(m_Options.strSource + strWhat +
+                        (strStatus.empty() ? "" : " (the server answered " + strStatus + ")") +
+                        "; check the name and try again.");
+    }
+
+    const FETCH_OPTIONS& m_Options;
+    std::string m_strPath;
+    FetchOutput m_Output;
+    std::optional<PassingName> m_pUnpacking; // while the loader unpacks
+    ProgressListener m_Listener;
+    CFileLoader m_Loader;
+    long long m_nLength = -1;
+    std::string m_strEncoding;
+    bool m_bEnded = false;
+};
 
 int Fetch(const FETCH_OPTIONS& options)
 {
     RequireReader();
-    const std::unique_ptr<ILyReader> pReader(CreateGenericReader(Widen(options.strSource)));
-    if (pReader == nullptr)
+    if (options.bIfNewer)
+        RequireTools(); // which reads dates
+    if (options.bIfNewer && options.strOutput == "-")
+        throw HostError("--if-newer compares with a file that is there; name it with -o FILE.");
+    if (std::unique_ptr<ILyReader>(CreateGenericReader(Widen(options.strSource))) == nullptr)
         throw HostError("\"" + options.strSource +
                         "\" is neither a file nor an address that can be read; name a file or a file, "
                         "http or https URL.");
-    pReader->SetTimeout(options.nTimeoutSeconds * 1000);
-    pReader->SetProperty(L"READ_ONLY", L"1");
-    const bool bOpen = pReader->Open();
-    if (options.bHeaders)
-        std::fputs(GetInfo(*pReader, L"AllHeaders").c_str(), stderr);
-    if (!bOpen)
-        Fail(*pReader, options.strSource, " could not be opened");
-    Target target(options.strOutput.empty() ? GetDefaultName(options.strSource) : options.strOutput);
-    const long long nLength = pReader->GetLength();
-    Progress progress(options.strSource, nLength);
-    std::vector<unsigned char> aryBlock(BLOCK_BYTES);
-    long long nDone = 0;
-    for (int nGot = 1; nGot > 0; nDone += nGot)
-    {
-        nGot = pReader->Read(aryBlock.data(), BLOCK_BYTES);
-        if (nGot < 1)
-            break;
-        target.Write(aryBlock.data(), nGot);
-        progress.Set(nDone + nGot);
-    }
-    if ((nLength >= 0 && nDone < nLength) || !GetInfo(*pReader, L"Error").empty())
-        Fail(*pReader, options.strSource, " ended early");
-    target.Finish();
+    Fetcher(options).Run();
     return EXIT_DONE;
 }
 } // namespace
@@ -160,6 +189,14 @@ void AddFetchCommand(CLI::App& app, int& nExitCode)
     CLI::App* pCommand = app.add_subcommand("fetch", "Copies a file or URL as the player reads it.");
     pCommand->add_option("SOURCE", p->strSource, "a file, or a file, http or https URL")->required();
     pCommand->add_option("-o,--output", p->strOutput, "where to put it, or - for standard output");
+    pCommand->add_option("--from", p->nFirstByte, "leave out so many bytes at the start")
+        ->check(CLI::Range(0LL, LLONG_MAX))
+        ->type_name("BYTES");
+    pCommand->add_option("--limit", p->nLimit, "stop after so many bytes")
+        ->check(CLI::Range(1LL, LLONG_MAX))
+        ->type_name("BYTES");
+    pCommand->add_flag("--if-newer", p->bIfNewer,
+                       "of a URL: leave the file alone if it is as long and not older than the server's");
     pCommand->add_flag("--headers", p->bHeaders, "show the headers of the answer on stderr");
     pCommand->add_option("--timeout", p->nTimeoutSeconds, "seconds without progress after which it is given up")
         ->check(CLI::Range(1, 3600))

@@ -5,6 +5,7 @@
 #include "Disc.h"
 #include "HostError.h"
 #include "Output.h"
+#include "ReadOffset.h"
 #include "Text.h"
 #include <cstdio>
 #include <filesystem>
@@ -71,7 +72,12 @@ json DescribeDrive(CTHDriveInterface& drive)
         else
             capabilities[capability.pName] = nValue;
     }
-    return {{"vendor", Narrow(info.m_strVendor)}, {"model", Narrow(info.m_strModel)}, {"capabilities", capabilities}};
+    const std::string strVendor = Narrow(info.m_strVendor);
+    const std::string strModel = Narrow(info.m_strModel);
+    return {{"vendor", strVendor},
+            {"model", strModel},
+            {"capabilities", capabilities},
+            {"read_offset", FindReadOffset(strVendor, strModel)}};
 }
 
 // The disc as the user named it, where it is a file in full.
@@ -161,6 +167,7 @@ void PrintDrive(const json& drive)
         std::printf("  %-28s %s\n", capability.pText,
                     value.is_boolean() ? (value.get<bool>() ? "yes" : "no") : value.dump().c_str());
     }
+    std::printf("  %-28s %+d\n", "read offset (frames)", drive["read_offset"].get<int>());
 }
 
 void PrintMemory(const json& list)

@@ -1,4 +1,4 @@
-// rondel: plays the tracks of audio CDs and disc images through the plug-in, exactly as a player does.
+// rondel: plays the tracks of audio CDs and disc images through the plug-in, exactly as a player does, and rips them.
 
 #include "Commands.h"
 #include "HostError.h"
@@ -15,7 +15,11 @@ constexpr const char* FOOTER = "Examples:\n"
                                "  rondel play D: 3\n"
                                "  rondel play disc.cue 3 -o track3.wav\n"
                                "  rondel play disc.cue 3 -o - | aplay\n"
+                               "  rondel rip D: --encoder flac --to music\n"
                                "  rondel make-disc -o disc.cue *.flac\n"
+                               "  rondel encode --encoder flac *.wav\n"
+                               "  rondel inspect track3.wav\n"
+                               "  rondel tags set track3.wav Title=Rondo Track=3/12\n"
                                "  rondel fetch https://example.org/cover.jpg\n\n"
                                "Exit codes: 0 done, 1 the disc or a file is at fault, 2 the command line is.";
 
@@ -37,7 +41,7 @@ std::string DescribeUsageError(const CLI::App* pApp, const CLI::Error& error)
 
 int Run(int nArguments, char** ppArguments)
 {
-    CLI::App app("Plays and inspects audio CDs and disc images.", "rondel");
+    CLI::App app("Plays, rips and inspects audio CDs and disc images.", "rondel");
     app.set_version_flag("--version", std::string("rondel ") + RONDEL_VERSION);
     app.require_subcommand(1);
     app.failure_message(DescribeUsageError);
@@ -45,10 +49,15 @@ int Run(int nArguments, char** ppArguments)
     AddDrivesCommand(app, nExitCode);
     AddInfoCommand(app, nExitCode);
     AddPlayCommand(app, nExitCode);
+    AddRipCommand(app, nExitCode);
     AddTrayCommands(app, nExitCode);
     AddMakeDiscCommand(app, nExitCode);
     AddOptionsCommand(app, nExitCode);
     AddFetchCommand(app, nExitCode);
+    AddEncodeCommand(app, nExitCode);
+    AddInspectCommand(app, nExitCode);
+    AddCheckCommand(app, nExitCode);
+    AddTagsCommand(app, nExitCode);
     app.footer(FOOTER);     // at last, so that the commands do not show it, too
     (void)GetLyTools(true); // log, translation and messages, where the library is there
     try

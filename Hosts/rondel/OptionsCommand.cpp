@@ -25,6 +25,8 @@ constexpr const char* FOOTER =
     "What is read from there, besides the remembered drives in \"CD Reader\":\n"
     "  \"Software\\Lyndle\\Tune Hearth\\Plugins\\Input\\CDA\"  ReadSpeed, UseJitterCorrection\n"
     "  \"Disc Service\"  \"Letter D\" and so on: the disc image that has this letter\n"
+    "                  \"Read Offset <vendor> <model>\": sample frames by which that drive's audio is put right\n"
+    "                  \"Over-Read <vendor> <model>\": true if that drive reads beyond the ends of a disc\n"
     "  \"Properties\"    \"File Location - Temp Location\"";
 
 void List(const OPTIONS_OPTIONS& options)

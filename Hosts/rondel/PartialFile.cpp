@@ -19,7 +19,7 @@ constexpr int ENDING_SIGNALS[] = {SIGINT, SIGTERM, SIGHUP};
 // The names stand where a signal handler may read them at any time.
 struct SLOT
 {
-    std::atomic<bool> bUsed{false}; // the name is whole, and the file is there
+    std::atomic<bool> bUsed{false}; // the name is whole, and its file is to go
     char szPath[PATH_MAX] = {};
 };
 SLOT s_arySlots[SLOTS];
@@ -53,6 +53,19 @@ int FindFreeSlot()
             return nSlot;
     return -1;
 }
+
+void Use(SLOT& slot, const std::string& strName)
+{
+    strName.copy(slot.szPath, strName.size());
+    slot.szPath[strName.size()] = '\0';
+    slot.bUsed = true;
+}
+
+void RemoveAndFree(SLOT& slot)
+{
+    (void)unlink(slot.szPath);
+    slot.bUsed = false;
+}
 } // namespace
 
 PartialFile::PartialFile(const std::string& strPath) : m_strPath(strPath)
@@ -85,9 +98,7 @@ bool PartialFile::Create()
             continue;
         if (m_nDescriptor < 0)
             return false;
-        strName.copy(slot.szPath, strName.size());
-        slot.szPath[strName.size()] = '\0';
-        slot.bUsed = true;
+        Use(slot, strName);
         return true;
     }
     return false;
@@ -97,11 +108,13 @@ PartialFile::~PartialFile()
 {
     if (m_nDescriptor >= 0)
         close(m_nDescriptor);
-    if (m_nSlot < 0)
-        return;
-    (void)unlink(s_arySlots[m_nSlot].szPath);
-    s_arySlots[m_nSlot].bUsed = false;
+    if (m_nSlot >= 0)
+        RemoveAndFree(s_arySlots[m_nSlot]);
 }
+
+std::string PartialFile::GetWorkingPath() const { return m_nSlot >= 0 ? s_arySlots[m_nSlot].szPath : ""; }
+
+std::string PartialFile::GetPartialPath() const { return m_nSlot < 0 ? std::string() : s_arySlots[m_nSlot].szPath; }
 
 int PartialFile::TakeDescriptor()
 {
@@ -117,6 +130,22 @@ bool PartialFile::Finish()
     s_arySlots[m_nSlot].bUsed = false;
     m_nSlot = -1;
     return true;
+}
+
+PassingName::PassingName(const std::string& strPath)
+{
+    CatchSignals();
+    const int nSlot = FindFreeSlot();
+    if (nSlot < 0 || strPath.size() >= sizeof s_arySlots[nSlot].szPath)
+        return;
+    Use(s_arySlots[nSlot], strPath);
+    m_nSlot = nSlot;
+}
+
+PassingName::~PassingName()
+{
+    if (m_nSlot >= 0)
+        RemoveAndFree(s_arySlots[m_nSlot]);
 }
 
 OUTPUT_PLACE FindOutputPlace(const std::string& strPath)

@@ -17,7 +17,9 @@ public:
     PartialFile& operator=(const PartialFile&) = delete;
 
     bool GetIsOpen() const { return m_nSlot >= 0; }
-    int TakeDescriptor(); // to read and write; the caller closes it. Once only.
+    std::string GetPartialPath() const; // under which it grows; empty once it has its own name
+    std::string GetWorkingPath() const; // where the file is until then; empty where it is not
+    int TakeDescriptor();               // to read and write; the caller closes it. Once only.
     // Gives the file its own name, in place of what may have it. False with errno. The descriptor is closed before.
     bool Finish();
 
@@ -27,6 +29,20 @@ private:
     std::string m_strPath;
     int m_nDescriptor = -1;
     int m_nSlot = -1; // where the name in use stands; -1: there is no file
+};
+
+// A name under which somebody is about to write a file that is not to stay: it goes as a file in the making does,
+// should there be one.
+class PassingName
+{
+public:
+    explicit PassingName(const std::string& strPath);
+    ~PassingName();
+    PassingName(const PassingName&) = delete;
+    PassingName& operator=(const PassingName&) = delete;
+
+private:
+    int m_nSlot = -1; // -1: there was none left, or the name is too long
 };
 
 // What a user named to be written to.

@@ -1,7 +1,7 @@
 // rondel fetch: files, and URLs from a real web server; where the bytes go, and what is left when they do not come.
 
 #include "HostProcess.h"
-#include "SiblingReader/NginxServer.h"
+#include "SiblingReader/ScriptedServer.h"
 #include <sys/stat.h>
 
 namespace
@@ -12,6 +12,7 @@ protected:
     void SetUp() override
     {
         setenv("XDG_CONFIG_HOME", m_Folder.Get("config").c_str(), 1);
+        setenv("XDG_DATA_HOME", m_Folder.Get("data").c_str(), 1);
         m_strSource = m_Folder.Write("source.txt", "small\n").string();
     }
     static std::string GetOutput(const std::vector<std::string>& aryArguments)
@@ -127,6 +128,43 @@ TEST_F(RondelFetch, AProgramThatHasGoneIsASentence)
         << result.m_strErrors;
 }
 
+TEST_F(RondelFetch, APartIsNamedByItsFirstByteAndItsLength)
+{
+    const std::string strContent = MakePattern(0, 3000000);
+    const std::string strSource = m_Folder.Write("big.dat", strContent).string();
+    const struct
+    {
+        std::vector<std::string> aryOptions;
+        size_t nFirst;
+        size_t nBytes;
+    } aryCases[] = {
+        {{"--limit", "100"}, 0, 100},
+        {{"--limit", "1048577"}, 0, 1048577},
+        {{"--limit", "9000000"}, 0, 3000000},
+        {{"--from", "2999999"}, 2999999, 1},
+        {{"--from", "1500000", "--limit", "7"}, 1500000, 7},
+        {{"--from", "3000001"}, 0, 0},
+    };
+    for (const auto& row : aryCases)
+    {
+        std::vector<std::string> aryArguments = {"fetch", strSource, "-o", Get("part")};
+        aryArguments.insert(aryArguments.end(), row.aryOptions.begin(), row.aryOptions.end());
+        EXPECT_EQ("", GetOutput(aryArguments));
+        EXPECT_TRUE(SameBytes(strContent.substr(row.nFirst, row.nBytes), ReadWholeFile(Get("part"))));
+    }
+    for (const char* pOption : {"--limit=0", "--limit=-1", "--from=-1", "--limit=x"})
+        ExpectSentence(HostProcess::Run({"fetch", strSource, pOption, "-o", Get("t")}), 2, {"--"});
+}
+
+TEST_F(RondelFetch, ASourceWithoutALengthMayBeEmpty)
+{
+    EXPECT_EQ("", GetOutput({"fetch", "/dev/null", "-o", Get("nothing")}));
+    EXPECT_TRUE(std::filesystem::exists(m_Folder.Get("nothing")));
+    EXPECT_EQ("", RunHere("printf abc | \"$RONDEL\" fetch /dev/stdin -o piped").m_strErrors);
+    EXPECT_EQ("abc", ReadWholeFile(Get("piped")));
+    ExpectSentence(HostProcess::Run({"fetch", "/dev/null", "--from", "5", "-o", Get("t")}), 1, {"/dev/null"});
+}
+
 TEST_F(RondelFetch, WithoutTheReaderLibraryItSaysWhatIsMissing)
 {
     std::filesystem::copy(RONDEL_BIN_DIR "/rondel", m_Folder.Get("rondel"));
@@ -144,6 +182,80 @@ TEST_F(RondelFetchURL, AUrlIsCopiedByteForByte)
     EXPECT_EQ("hello\n", GetOutput({"fetch", m_Server.GetURL("/redirect"), "-o", "-"}));
     EXPECT_EQ("", RunHere("\"$RONDEL\" fetch '" + m_Server.GetURL("/files/small.txt?a=b#c") + "'").m_strErrors);
     EXPECT_EQ("hello\n", ReadWholeFile(Get("small.txt")));
+}
+
+TEST_F(RondelFetchURL, WhatComesPackedIsUnpackedInTheFile)
+{
+    std::string strText;
+    for (int nLine = 0; strText.size() < 300000; ++nLine)
+        strText += "line " + std::to_string(nLine) + "\n";
+    m_Server.Write("page.txt", strText);
+    const HOST_RESULT result =
+        HostProcess::Run({"fetch", "--headers", m_Server.GetURL("/gzip/page.txt"), "-o", Get("page")});
+    EXPECT_EQ(0, result.m_nExit);
+    EXPECT_NE(std::string::npos, result.m_strErrors.find("Content-Encoding: gzip\n")) << result.m_strErrors;
+    EXPECT_TRUE(SameBytes(strText, ReadWholeFile(Get("page"))));
+    EXPECT_EQ(2U, CountFiles()) << "the source and the page";
+    // A program and a part get what was not packed in the first place.
+    EXPECT_TRUE(SameBytes(strText, GetOutput({"fetch", m_Server.GetURL("/gzip/page.txt"), "-o", "-"})));
+    EXPECT_EQ("", GetOutput({"fetch", m_Server.GetURL("/gzip/page.txt"), "--limit", "9", "-o", Get("page")}));
+    EXPECT_EQ("line 0\nli", ReadWholeFile(Get("page")));
+}
+
+TEST_F(RondelFetchURL, WhatComesPackedUnaskedNeedsAFileAndTheWholeOfIt)
+{
+    const ScriptedServer server(
+        [](const ScriptedServer::Connection& connection, const std::string&)
+        { connection.Send("HTTP/1.1 200 OK\r\nContent-Encoding: gzip\r\nContent-Length: 4\r\n\r\nabcd"); });
+    ExpectSentence(HostProcess::Run({"fetch", server.GetURL("/x"), "-o", "-"}), 1, {"packed", "-o FILE"});
+    ExpectSentence(HostProcess::Run({"fetch", server.GetURL("/x"), "-o", Get("t"), "--from", "1"}), 1, {"packed"});
+    ExpectSentence(HostProcess::Run({"fetch", server.GetURL("/x"), "-o", Get("t")}), 1, {"could not be unpacked"});
+    EXPECT_EQ(1U, CountFiles());
+}
+
+TEST_F(RondelFetchURL, PartsComeWithAndWithoutRanges)
+{
+    const std::string strContent = MakePattern(0, 1000000);
+    m_Server.Write("big.bin", strContent);
+    for (const char* pPath : {"/files/big.bin", "/noranges/big.bin"})
+    {
+        EXPECT_TRUE(SameBytes(strContent.substr(700000, 1000), GetOutput({"fetch", m_Server.GetURL(pPath), "-o", "-",
+                                                                          "--from", "700000", "--limit", "1000"})));
+    }
+}
+
+TEST_F(RondelFetchURL, AnAnswerThatBreaksOffLeavesNothing)
+{
+    for (const char* pAnswer : {"HTTP/1.1 200 OK\r\nContent-Length: 100\r\nConnection: close\r\n\r\nabc",
+                                "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n3\r\nabc\r\n"})
+    {
+        const ScriptedServer server([pAnswer](const ScriptedServer::Connection& connection, const std::string&)
+                                    { connection.Send(pAnswer); });
+        ExpectSentence(HostProcess::Run({"fetch", server.GetURL("/x"), "-o", Get("t")}), 1, {"127.0.0.1"});
+    }
+    EXPECT_EQ(1U, CountFiles());
+}
+
+TEST_F(RondelFetchURL, IfNewerLeavesACurrentCopyAlone)
+{
+    const std::string strURL = m_Server.GetURL("/files/small.txt");
+    const auto fetch = [&] { return GetOutput({"fetch", strURL, "--if-newer", "-o", Get("small.txt")}); };
+    EXPECT_EQ("", fetch());
+    EXPECT_EQ("hello\n", ReadWholeFile(Get("small.txt"))) << "there was none";
+    (void)m_Folder.Write("small.txt", "copied");
+    EXPECT_EQ("", fetch());
+    EXPECT_EQ("copied", ReadWholeFile(Get("small.txt"))) << "as long, and newer";
+    EXPECT_EQ("", RunHere("\"$RONDEL\" fetch --if-newer " + strURL).m_strErrors) << "its own name is no hindrance";
+    EXPECT_EQ("copied", ReadWholeFile(Get("small.txt")));
+    using namespace std::chrono_literals;
+    std::filesystem::last_write_time(m_Folder.Get("small.txt"), std::filesystem::file_time_type::clock::now() - 24h);
+    EXPECT_EQ("", fetch());
+    EXPECT_EQ("hello\n", ReadWholeFile(Get("small.txt"))) << "older";
+    (void)m_Folder.Write("small.txt", "of another length");
+    EXPECT_EQ("", fetch());
+    EXPECT_EQ("hello\n", ReadWholeFile(Get("small.txt")));
+    EXPECT_EQ(2U, CountFiles());
+    ExpectSentence(HostProcess::Run({"fetch", strURL, "--if-newer", "-o", "-"}), 1, {"--if-newer", "-o FILE"});
 }
 
 TEST_F(RondelFetchURL, HeadersGoToStandardError)

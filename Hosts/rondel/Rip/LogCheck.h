@@ -1,14 +1,15 @@
 // What a log says of the files of its rip, and whether they are so.
 //
-// Errors:  a log that cannot be read as one has a fault, a sentence; a file that is not right has a state. Nothing
-// throws. Hostile: a name is taken only if it leads to a plain file in the folder of the log, or below it. Nothing else
-// is
+// Errors:  a log that cannot be read as one has a fault, a sentence; a file that is not right has a state. Only
+//          LoadLog throws.
+// Hostile: a name is taken only if it leads to a plain file in the folder of the log, or below it. Nothing else is
 //          opened: not a device, not a pipe, not what a link has outside.
 // Threads: any.
 
 #pragma once
 
 #include "LogSeal.h"
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -30,6 +31,11 @@ struct LOG_CONTENT
 };
 
 LOG_CONTENT ReadLog(const std::string& strLog);
+
+constexpr size_t LOG_MAX_BYTES = 64 << 20; // a disc of nothing but scratches has less
+
+// The bytes of a log. Throws HostError if it is no plain file, too large, or the system does not give it.
+std::string LoadLog(const std::string& strPath);
 
 enum LOG_FILE_STATE : int
 {

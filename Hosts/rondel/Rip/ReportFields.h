@@ -2,8 +2,7 @@
 // that nothing is written that is not read.
 //
 // Shape:   Fields(archive, record) calls one operation of the archive for each member. A writer's Ref<T> is a const T&,
-//          a reader's a T&. Rows have no names: Cells lists what stands in one.
-// Limits:  of what a reader takes. Beyond them no disc is, and sums of sectors could overflow.
+//          a reader's a T&. Rows have no names: Cells lists what stands in one (ReportPacking.h).
 
 #pragma once
 
@@ -15,6 +14,7 @@ constexpr const char* REPORT_FORMAT = "rondel rip log";
 constexpr const char* REPORT_VERSION_KEY = "version";
 constexpr int REPORT_VERSION = 1; // another one is another shape
 
+// What a reader takes. Beyond it no disc is, and sums of sectors could overflow.
 constexpr int REPORT_MAX_SECTOR = 2 * CD_ADDRESS_END; // either way from sector 0
 constexpr size_t REPORT_MAX_PIECES = 1000;
 
@@ -139,12 +139,18 @@ void Cells(ARCHIVE& a, typename ARCHIVE::template Ref<RIP_SPEED_POINT> point)
 }
 
 template <class ARCHIVE>
+void Cells(ARCHIVE& a, typename ARCHIVE::template Ref<float> f)
+{
+    a.Cell(f);
+}
+
+template <class ARCHIVE>
 void Fields(ARCHIVE& a, typename ARCHIVE::template Ref<RIP_SERIES> series)
 {
     a.Number("wave_sectors", series.nWaveSectors);
     a.Rows("wave", series.aryWave);
-    a.Reals("momentary_lufs", series.aryMomentary);
-    a.Reals("short_term_lufs", series.aryShortTerm);
+    a.Rows("momentary_lufs", series.aryMomentary);
+    a.Rows("short_term_lufs", series.aryShortTerm);
     a.Rows("speed", series.arySpeed);
 }
 
@@ -201,11 +207,34 @@ void Fields(ARCHIVE& a, typename ARCHIVE::template Ref<ACCURATERIP_VERDICT> verd
 }
 
 template <class ARCHIVE>
+void Fields(ARCHIVE& a, typename ARCHIVE::template Ref<CTDB_PART_VERDICT> verdict)
+{
+    a.Number("track", verdict.m_nTrack);
+    a.Flag("known", verdict.m_bKnown);
+    a.Number("confidence", verdict.m_nConfidence);
+    a.Number("other_offset", verdict.m_nOtherOffset);
+    a.Number("other_confidence", verdict.m_nOtherConfidence);
+    a.Number("submissions", verdict.m_nSubmissions);
+    a.Derived("accurate", verdict.IsAccurate());
+}
+
+template <class ARCHIVE>
+void Fields(ARCHIVE& a, typename ARCHIVE::template Ref<CTDB_VERDICT> verdict)
+{
+    a.Number("entries", verdict.m_nEntries);
+    a.Number("foreign_entries", verdict.m_nForeignEntries);
+    a.Number("parity", verdict.m_nParity);
+    a.Record("disc", verdict.m_Disc);
+    a.List("tracks", verdict.m_aryTracks);
+}
+
+template <class ARCHIVE>
 void Fields(ARCHIVE& a, typename ARCHIVE::template Ref<RIP_VERIFICATION> verification)
 {
     a.Text("file", verification.strFile);
     a.Text("kind", verification.strKind);
     a.OptionalRecord("accuraterip", verification.accurateRip);
+    a.OptionalRecord("ctdb", verification.ctdb);
     a.Texts("notes", verification.aryNotes);
 }
 

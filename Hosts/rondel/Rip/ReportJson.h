@@ -1,8 +1,8 @@
 // The log of a rip as JSON, and the way back: whole reports are kept in it when a rip is to go on later.
 //
 // Shape:   UTF-8, one object, indented by two, its members always in the same order, the last one the seal (LogSeal.h).
-//          Docs/LOGS.md describes all keys. What is not known is null; a number that JSON cannot write stands as one of
-//          the texts "-inf", "inf" and "nan". Bytes that are no UTF-8 become replacement characters.
+//          Docs/LOGS.md describes all keys. What is not known is null or an empty text; a number that JSON cannot write
+//          stands as one of the texts "-inf", "inf" and "nan". Bytes that are no UTF-8 become replacement characters.
 // Errors:  ReadReport throws HostError, one sentence that names what is wrong and where.
 // Threads: any.
 

@@ -1,27 +1,29 @@
 #include "RipReport.h"
 #include <algorithm>
+#include <climits>
 
 int RIP_PIECE::CountBadSectors() const
 {
-    std::vector<std::pair<int, int>> aryBad; // first and end
+    std::vector<std::pair<long long, long long>> aryBad; // first and end, which may lie beyond all sectors
     for (const SECURE_RIP_ENTRY& entry : aryEntries)
         if (entry.IsBad())
-            aryBad.emplace_back(entry.nSector, entry.nSector + entry.nSectors);
+            aryBad.emplace_back(entry.nSector, static_cast<long long>(entry.nSector) + entry.nSectors);
     std::sort(aryBad.begin(), aryBad.end());
-    int nBad = 0;
-    int nCounted = nStart; // sectors ahead of it are
+    const long long nPieceEnd = static_cast<long long>(nStart) + nSectors;
+    long long nBad = 0;
+    long long nCounted = nStart; // sectors ahead of it are
     for (const auto& [nFirst, nEnd] : aryBad)
     {
-        nBad += std::max(0, std::min(nEnd, nStart + nSectors) - std::max(nFirst, nCounted));
+        nBad += std::max(0LL, std::min(nEnd, nPieceEnd) - std::max(nFirst, nCounted));
         nCounted = std::max(nCounted, nEnd);
     }
-    return nBad;
+    return static_cast<int>(nBad); // not more than the piece has
 }
 
 int RIP_REPORT::CountBadSectors() const
 {
-    int nBad = 0;
+    long long nBad = 0;
     for (const RIP_PIECE& piece : aryPieces)
         nBad += piece.CountBadSectors();
-    return nBad;
+    return static_cast<int>(std::min<long long>(nBad, INT_MAX));
 }

@@ -9,6 +9,7 @@
 #pragma once
 
 #include "AccurateRipVerify.h"
+#include "CTDBVerify.h"
 #include "DiscChecksums.h"
 #include "SecureRipLog.h"
 #include <optional>
@@ -131,6 +132,7 @@ struct RIP_VERIFICATION
     std::string strFile; // the answer, as the user named it
     std::string strKind; // "AccurateRip" or "CTDB"
     std::optional<ACCURATERIP_VERDICT> accurateRip;
+    std::optional<CTDB_VERDICT> ctdb;
     std::vector<std::string> aryNotes; // sentences beyond the table
 };
 

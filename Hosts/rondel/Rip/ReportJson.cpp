@@ -1,0 +1,122 @@
+#include "ReportJson.h"
+#include "LogSeal.h"
+#include "ReportFields.h"
+#include "ReportPacking.h"
+#include <cmath>
+#include <cstdio>
+#include <nlohmann/json.hpp>
+
+namespace
+{
+using json = nlohmann::ordered_json;
+
+json MakeReal(double f)
+{
+    if (std::isnan(f))
+        return "nan";
+    if (std::isinf(f))
+        return f < 0 ? "-inf" : "inf";
+    return f;
+}
+
+// Makes the object of one record.
+class ReportWriter
+{
+public:
+    template <class T>
+    using Ref = const T&;
+
+    explicit ReportWriter(bool bSeries) : m_bSeries(bSeries) {}
+    json&& Take() { return std::move(m_value); }
+
+    void Text(const char* pKey, const std::string& str) { m_value[pKey] = str; }
+    void Flag(const char* pKey, bool b) { m_value[pKey] = b; }
+    void Number(const char* pKey, long long n) { m_value[pKey] = n; }
+    void Sector(const char* pKey, int n) { m_value[pKey] = n; }
+    void Length(const char* pKey, int n) { m_value[pKey] = n; }
+    void Real(const char* pKey, double f) { m_value[pKey] = MakeReal(f); }
+    void OptionalReal(const char* pKey, std::optional<double> f) { m_value[pKey] = f ? MakeReal(*f) : json(); }
+    void OptionalNumber(const char* pKey, std::optional<int> n) { m_value[pKey] = n ? json(*n) : json(); }
+    template <class T>
+    void Derived(const char* pKey, T value)
+    {
+        m_value[pKey] = value;
+    }
+
+    void Sum(const char* pKey, uint32_t n)
+    {
+        char aryText[16];
+        (void)std::snprintf(aryText, sizeof aryText, "%08X", n); // eight digits
+        m_value[pKey] = n != 0 ? json(aryText) : json();
+    }
+
+    template <class T, class NAMES>
+    void Choice(const char* pKey, T value, const NAMES& aryNames)
+    {
+        const size_t n = static_cast<size_t>(value);
+        m_value[pKey] = n < aryNames.size() ? json(aryNames[n]) : json();
+    }
+
+    template <class RECORD>
+    void Record(const char* pKey, const RECORD& record)
+    {
+        m_value[pKey] = Make(record);
+    }
+    template <class RECORD>
+    void OptionalRecord(const char* pKey, const std::optional<RECORD>& record)
+    {
+        m_value[pKey] = record ? Make(*record) : json();
+    }
+    template <class RECORD>
+    void Series(const char* pKey, const RECORD& record)
+    {
+        if (m_bSeries)
+            Record(pKey, record);
+    }
+
+    template <class RECORD>
+    void List(const char* pKey, const std::vector<RECORD>& aryRecords, size_t = 0)
+    {
+        json& list = m_value[pKey] = json::array();
+        for (const RECORD& record : aryRecords)
+            list.push_back(Make(record));
+    }
+    void Texts(const char* pKey, const std::vector<std::string>& aryTexts) { m_value[pKey] = aryTexts; }
+    void Reals(const char* pKey, const std::vector<double>& aryValues)
+    {
+        json& list = m_value[pKey] = json::array();
+        for (const double f : aryValues)
+            list.push_back(MakeReal(f));
+    }
+    template <class ROW>
+    void Rows(const char* pKey, const std::vector<ROW>& aryRows)
+    {
+        m_value[pKey] = PackRows(aryRows);
+    }
+
+private:
+    template <class RECORD>
+    json Make(const RECORD& record) const
+    {
+        ReportWriter writer(m_bSeries);
+        Fields(writer, record);
+        return writer.Take();
+    }
+
+    json m_value = json::object();
+    bool m_bSeries;
+};
+
+std::string MakeJson(const RIP_REPORT& report, bool bSeries, int nIndent)
+{
+    ReportWriter writer(bSeries);
+    writer.Text(REPORT_FORMAT_KEY, REPORT_FORMAT);
+    writer.Number(REPORT_VERSION_KEY, REPORT_VERSION);
+    Fields(writer, report);
+    return SealJsonLog(writer.Take().dump(nIndent, ' ', false, json::error_handler_t::replace));
+}
+} // namespace
+
+std::string MakeJsonLog(const RIP_REPORT& report) { return MakeJson(report, false, 2); }
+
+std::string MakeStateText(const RIP_REPORT& report) { return MakeJson(report, true, -1); } // long, and not for people

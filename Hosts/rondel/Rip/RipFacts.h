@@ -1,0 +1,18 @@
+// RipFacts: what an open drive says of itself and of its disc, for the report of a rip and for the tags of its files.
+//
+// Errors:  what cannot be found out stays empty: nothing of it is needed to read audio.
+// Threads: as CSCSICD: each question moves its cursor, so that no rip may run.
+
+#pragma once
+
+#include "CDRipper.h"
+#include "RipReport.h"
+#include <string>
+#include <vector>
+
+std::vector<TTrackList> GetTrackList(CSCSICD& cd);
+
+// The path as the disc service knows it.
+RIP_DRIVE FindDriveFacts(CCDRipper& ripper, const std::string& strPath);
+RIP_DISC FindDiscFacts(CCDRipper& ripper);                                 // reads the CD-Text, too
+void FindPieceFacts(CCDRipper& ripper, std::vector<RIP_PIECE>& aryPieces); // behind FindDiscFacts: texts and ISRCs
