@@ -188,8 +188,8 @@ bool CueLayout::MeasureSegment(const CUE_TRACK& track, const CUE_INDEX& index, c
     {
         if (pNext->m_nSector < index.m_nSector)
         {
-            m_Error = {pNext->m_nLine, "the time " + FormatMSF(pNext->m_nSector) + " lies before " +
-                                           FormatMSF(index.m_nSector) +
+            m_Error = {pNext->m_nLine, "the time " + FormatSheetTime(pNext->m_nSector) + " lies before " +
+                                           FormatSheetTime(index.m_nSector) +
                                            ", where the index ahead of it is; correct the INDEX line"};
             return false;
         }

@@ -154,7 +154,7 @@ std::unique_ptr<DiscImage> DiscBuilder::Finish(const std::string& strSheetPath, 
     PadToSector();
     if (m_nTooLongLine > 0)
     {
-        error = {m_nTooLongLine, "the disc would be longer than " + FormatMSF(DISC_MAX_LBA + LY_CD_MSF_OFFSET) +
+        error = {m_nTooLongLine, "the disc would be longer than " + FormatSheetTime(DISC_MAX_LBA + LY_CD_MSF_OFFSET) +
                                      ", which no disc can be; split the sheet into several discs"};
         return nullptr;
     }

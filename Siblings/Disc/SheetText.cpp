@@ -118,7 +118,7 @@ int ParseMSF(std::string_view strTime)
     return (aryParts[0] * 60 + aryParts[1]) * LY_CD_SECTORS_PER_SECOND + aryParts[2];
 }
 
-std::string FormatMSF(int nSectors)
+std::string FormatSheetTime(int nSectors)
 {
     char szTime[32];
     int nSeconds = nSectors / LY_CD_SECTORS_PER_SECOND;

@@ -28,7 +28,7 @@ bool LoadSmallFile(const std::string& strPath, size_t nMaxBytes, std::string& st
 // A time "mm:ss:ff" as a number of sectors, -1 for anything else. Minutes to 99, seconds to 59, frames to 74, each of
 // one or two digits.
 int ParseMSF(std::string_view strTime);
-std::string FormatMSF(int nSectors);
+std::string FormatSheetTime(int nSectors);
 
 // A decimal number of digits alone, -1 for anything else or above nMax.
 long long ParseDecimal(std::string_view strDigits, long long nMax);

@@ -437,7 +437,8 @@ bool TocParser::ParseIndex()
     if (!TakeTime("INDEX", nSectors))
         return false;
     if (nSectors <= (aryIndexes.empty() ? 0 : aryIndexes.back()))
-        return Fail("the index at " + FormatMSF(nSectors) + " lies before the one ahead of it; correct the times");
+        return Fail("the index at " + FormatSheetTime(nSectors) +
+                    " lies before the one ahead of it; correct the times");
     if (aryIndexes.size() >= 98) // INDEX 99 is the last
         return Fail("the track has more than 99 indexes; remove some");
     aryIndexes.push_back(nSectors);

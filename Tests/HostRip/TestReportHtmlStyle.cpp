@@ -3,7 +3,6 @@
 #include <cmath>
 #include <gtest/gtest.h>
 #include <map>
-#include <regex>
 #include <string>
 
 namespace
@@ -19,9 +18,14 @@ PALETTE GetPalette(bool bDark)
     const std::string strBlock =
         bDark ? strStyle.substr(nDark, nDarkEnd - nDark) : strStyle.substr(0, strStyle.find("}"));
     PALETTE palette;
-    const std::regex colour("--([a-z]+): (#[0-9a-f]{6});");
-    for (std::sregex_iterator it(strBlock.begin(), strBlock.end(), colour), end; it != end; ++it)
-        palette[(*it)[1]] = (*it)[2];
+    constexpr size_t COLOUR_CHARACTERS = 7;
+    for (size_t nName = strBlock.find("--"); nName != std::string::npos; nName = strBlock.find("--", nName + 2))
+    {
+        const size_t nColon = strBlock.find(": ", nName);
+        const size_t nEnd = strBlock.find(';', nName);
+        if (nColon < nEnd && strBlock[nColon + 2] == '#' && nEnd - nColon - 2 == COLOUR_CHARACTERS)
+            palette[strBlock.substr(nName + 2, nColon - nName - 2)] = strBlock.substr(nColon + 2, COLOUR_CHARACTERS);
+    }
     return palette;
 }
 

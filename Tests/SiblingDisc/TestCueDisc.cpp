@@ -196,7 +196,7 @@ TEST_F(CueDisc, NinetyNineTracksInSeventyNineMinutes)
     m_Opener.m_Sizes["a.wav"] = nSectors * SECTOR;
     std::string strSheet = "FILE a.wav WAVE\n";
     for (int n = 0; n < 99; n++)
-        strSheet += "TRACK " + std::to_string(n + 1) + " AUDIO\nINDEX 01 " + FormatMSF(n * 3500) + "\n";
+        strSheet += "TRACK " + std::to_string(n + 1) + " AUDIO\nINDEX 01 " + FormatSheetTime(n * 3500) + "\n";
     auto pImage = Build(strSheet);
     ASSERT_TRUE(pImage) << m_Error.m_strText;
     ASSERT_EQ(99u, pImage->GetTracks().size());

@@ -232,7 +232,7 @@ TEST(CueSheet, NinetyNineTracksAndAFirstAboveOne)
 {
     std::string strSheet = FILE_LINE;
     for (int n = 1; n <= 99; n++)
-        strSheet += "TRACK " + std::to_string(n) + " AUDIO\nINDEX 01 " + FormatMSF(n * 300) + "\n";
+        strSheet += "TRACK " + std::to_string(n) + " AUDIO\nINDEX 01 " + FormatSheetTime(n * 300) + "\n";
     EXPECT_EQ(99u, Parse(strSheet).m_aryTracks.size());
     EXPECT_EQ(7, Parse(FILE_LINE + "TRACK 07 AUDIO\nINDEX 01 00:00:00\n").m_aryTracks[0].m_nNumber);
 }

@@ -40,11 +40,11 @@ TEST(ParseMSF, KeepsToTheRangesOfMinutesSecondsAndFrames)
         EXPECT_EQ(row.m_nSectors, ParseMSF(row.m_pTime)) << row.m_pTime;
 }
 
-TEST(FormatMSF, IsReadBack)
+TEST(FormatSheetTime, IsReadBack)
 {
-    EXPECT_EQ("03:04:05", FormatMSF(13805));
+    EXPECT_EQ("03:04:05", FormatSheetTime(13805));
     for (int nSectors : {0, 74, 75, 4499, 4500, 449999})
-        EXPECT_EQ(nSectors, ParseMSF(FormatMSF(nSectors)));
+        EXPECT_EQ(nSectors, ParseMSF(FormatSheetTime(nSectors)));
 }
 
 TEST(ParseDecimal, TakesDigitsUpToTheMaximum)
