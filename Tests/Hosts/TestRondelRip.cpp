@@ -62,7 +62,8 @@ TEST_F(RipTest, SeveralEncodersWorkFromOneReading)
         const double fOpus = static_cast<double>(Decode("ffmpeg -v error -i '" + strName + ".opus' -f s16le -").size());
         EXPECT_NEAR(static_cast<double>(GetPiece(n).size()) * 48000 / 44100, fOpus, 4) << n;
     }
-    for (const nlohmann::json& piece : GetLog()["pieces"])
+    const nlohmann::json log = GetLog();
+    for (const nlohmann::json& piece : log["pieces"])
         for (const nlohmann::json& file : piece["files"])
         {
             const std::string strFile = ReadWholeFile(Out(file["name"].get<std::string>()));
