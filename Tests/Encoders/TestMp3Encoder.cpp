@@ -1,8 +1,8 @@
 // enc_mp3, judged by other decoders.
 
+#include "EncoderBytesInMemory.h"
 #include "EncoderTestSupport.h"
 #include "Mp3Check.h"
-#include <cstring>
 
 namespace
 {
@@ -16,21 +16,6 @@ protected:
         EXPECT_EQ(0, m_nStatus);
         return (static_cast<long long>(ReadFile(m_Folder.GetPath("out.wav")).size()) - 44) / (2 * nChannels);
     }
-};
-
-class Memory : public EncoderBytes
-{
-public:
-    explicit Memory(std::string strData) : m_strData(std::move(strData)) {}
-    uint64_t GetLength() override { return m_strData.size(); }
-    size_t ReadAt(uint64_t nOffset, void* pData, size_t nBytes) override
-    {
-        const size_t nRead = nOffset >= m_strData.size() ? 0 : std::min<size_t>(nBytes, m_strData.size() - nOffset);
-        if (nRead > 0)
-            memcpy(pData, m_strData.data() + nOffset, nRead);
-        return nRead;
-    }
-    std::string m_strData;
 };
 
 struct MP3_CASE
@@ -149,16 +134,16 @@ TEST_F(Mp3Encoder, TheCheckSeesAFileThatIsCutOrChanged)
     ASSERT_EQ("",
               [&]
               {
-                  Memory file(strFile);
+                  EncoderBytesInMemory file(strFile);
                   return CheckMp3(file, nAudio, 30000);
               }());
-    Memory other(strFile);
+    EncoderBytesInMemory other(strFile);
     EXPECT_NE("", CheckMp3(other, nAudio, 29999));
     for (size_t nBytes = 0; nBytes < strFile.size(); nBytes += 97)
     {
-        Memory cut(strFile.substr(0, nBytes));
+        EncoderBytesInMemory cut(strFile.substr(0, nBytes));
         EXPECT_NE("", CheckMp3(cut, nAudio, 30000)) << nBytes;
     }
-    Memory longer(strFile + std::string(500, 'x'));
+    EncoderBytesInMemory longer(strFile + std::string(500, 'x'));
     EXPECT_NE("", CheckMp3(longer, nAudio, 30000));
 }

@@ -1,8 +1,8 @@
 // enc_opus, judged by other decoders.
 
+#include "EncoderBytesInMemory.h"
 #include "EncoderTestSupport.h"
 #include "OggOpusCheck.h"
-#include <cstring>
 
 namespace
 {
@@ -10,21 +10,6 @@ class OpusEncoder : public EncoderTest
 {
 protected:
     void OpenOpus(const std::string& strSettings = "complexity=0") { Open("opus", strSettings, "out.opus"); }
-};
-
-class Memory : public EncoderBytes
-{
-public:
-    explicit Memory(std::string strData) : m_strData(std::move(strData)) {}
-    uint64_t GetLength() override { return m_strData.size(); }
-    size_t ReadAt(uint64_t nOffset, void* pData, size_t nBytes) override
-    {
-        const size_t nRead = nOffset >= m_strData.size() ? 0 : std::min<size_t>(nBytes, m_strData.size() - nOffset);
-        if (nRead > 0)
-            memcpy(pData, m_strData.data() + nOffset, nRead);
-        return nRead;
-    }
-    std::string m_strData;
 };
 
 struct OPUS_CASE
@@ -88,16 +73,16 @@ TEST_F(OpusEncoder, TheCheckSeesAFileThatIsCutOrChanged)
     ASSERT_EQ("",
               [&]
               {
-                  Memory file(strFile);
+                  EncoderBytesInMemory file(strFile);
                   return CheckOggOpus(file, 100000);
               }());
-    Memory other(strFile);
+    EncoderBytesInMemory other(strFile);
     EXPECT_NE("", CheckOggOpus(other, 99999));
     for (size_t nBytes = 0; nBytes < strFile.size(); nBytes += 53)
     {
-        Memory cut(strFile.substr(0, nBytes));
+        EncoderBytesInMemory cut(strFile.substr(0, nBytes));
         EXPECT_NE("", CheckOggOpus(cut, 100000)) << nBytes;
-        Memory changed(strFile);
+        EncoderBytesInMemory changed(strFile);
         changed.m_strData[nBytes] = static_cast<char>(changed.m_strData[nBytes] ^ 4);
         EXPECT_NE("", CheckOggOpus(changed, 100000)) << nBytes;
     }
