@@ -209,7 +209,9 @@ TEST_F(PipeEncoder, ItsFilesAndSignalsAreItsOwn)
     sigemptyset(&pipe);
     sigaddset(&pipe, SIGPIPE);
     pthread_sigmask(SIG_BLOCK, &pipe, nullptr);
-    OpenPipe(WriteScript("cat >/dev/null; ls /proc/$$/fd | tr '\\n' ' '; grep -E 'SigBlk|SigIgn' /proc/$$/status"));
+    // In the shell's place: a shell that waits for a program blocks signals of its own for a moment.
+    OpenPipe(
+        WriteScript("cat >/dev/null; ls /proc/$$/fd | tr '\\n' ' '; exec grep -E 'SigBlk|SigIgn' /proc/self/status"));
     ASSERT_TRUE(Encode(MakeMusic(100))) << Get("Last Error");
     pthread_sigmask(SIG_UNBLOCK, &pipe, nullptr);
     close(nOpen);
