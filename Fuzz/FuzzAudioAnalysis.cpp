@@ -1,6 +1,7 @@
 // Any samples, as doubles and as 16-bit integers, in any stream: measured at once and in pieces, with equal results.
 
 #include "FuzzCheck.h"
+#include "TempoResults.h"
 #include "THAudioAnalyzer.h"
 #include <algorithm>
 #include <cmath>
@@ -8,6 +9,19 @@
 #include <cstdint>
 #include <cstring>
 #include <vector>
+
+static void CheckTempo(const CBeatsPerMinuteAnalyzerV1& whole, const CBeatsPerMinuteAnalyzerV1& pieces)
+{
+    Check(whole.m_nTotal == pieces.m_nTotal && whole.GetOnsets().GetFrames() == pieces.GetOnsets().GetFrames());
+    for (int i = 0; i <= COnsetCorrelation::MAX_LAG; ++i)
+    {
+        const double fCovariance = whole.GetOnsets().GetCovariance(i);
+        Check(std::isfinite(fCovariance) && fCovariance == pieces.GetOnsets().GetCovariance(i));
+    }
+    const CTempoResults tempo(whole);
+    Check(tempo.m_fConfidence >= 0 && tempo.m_fConfidence <= 1 && (tempo.m_fBPM == 0) == (tempo.m_fOctaveBPM == 0));
+    Check(tempo.m_fBPM == 0 || (tempo.m_fBPM > 30 && tempo.m_fBPM < 200));
+}
 
 static void CheckResults(CTHAudioAnalyzer& whole, CTHAudioAnalyzer& pieces, int nFrames)
 {
@@ -23,7 +37,7 @@ static void CheckResults(CTHAudioAnalyzer& whole, CTHAudioAnalyzer& pieces, int 
         if (whole.m_DR.GetDynamicRange(i, fDB))
             Check(std::isfinite(fDB));
     }
-    Check(whole.m_BPM.m_nTotal == pieces.m_BPM.m_nTotal);
+    CheckTempo(whole.m_BPM, pieces.m_BPM);
     Check(whole.m_R128.m_Blocks.GetSize() == pieces.m_R128.m_Blocks.GetSize());
     Check(whole.m_DR.GetDRValue() >= -1);
 }

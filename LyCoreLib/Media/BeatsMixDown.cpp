@@ -1,5 +1,6 @@
 #include "BeatsMixDown.h"
 #include "BeatsPerMinuteAnalyzer.h"
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstring>
@@ -37,6 +38,19 @@ FRAME_INTS Round(const double* pFrame, BITS& unsafe)
     return __builtin_convertvector(frame, FRAME_INTS);
 }
 
+typedef double SQUARES __attribute__((vector_size(32))); // of the differences of four frames
+
+// Limits differences, squares them and adds them.
+void AddSquares(MIXED edges, SQUARES& sums)
+{
+    constexpr MIXED MOST = {BeatsMixDown::MAX_EDGE, BeatsMixDown::MAX_EDGE, BeatsMixDown::MAX_EDGE,
+                            BeatsMixDown::MAX_EDGE};
+    edges = edges > MOST ? MOST : edges;
+    edges = edges < -MOST ? -MOST : edges;
+    const SQUARES exact = __builtin_convertvector(edges, SQUARES);
+    sums += exact * exact;
+}
+
 LANES Join(FRAME_INTS first, FRAME_INTS second) { return __builtin_shufflevector(first, second, 0, 1, 2, 3); }
 
 // Mixes groups of four frames. False if a value was out of range: then the output holds nothing of use.
@@ -71,4 +85,30 @@ void BeatsMixDown::Mix(const double* pSamples, int nFrames, int nChannels, float
         pMixed[i] = Mix(CBeatsPerMinuteAnalyzerV1::RoundSample(pFrame[0]),
                         CBeatsPerMinuteAnalyzerV1::RoundSample(pFrame[nSecond]));
     }
+}
+
+double BeatsMixDown::GetEdges(const float* pMixed, int nFrames, float fBefore)
+{
+    if (nFrames < 1)
+        return 0;
+    const auto square = [](float fEdge)
+    {
+        const double fExact = static_cast<double>(std::clamp(fEdge, -MAX_EDGE, MAX_EDGE));
+        return fExact * fExact;
+    };
+    double fSum = square(pMixed[0] - fBefore);
+    // Halves of whole numbers: their sums are exact, whatever the order.
+    SQUARES sums = {0, 0, 0, 0};
+    int i = 1;
+    for (; i <= nFrames - LANE_FRAMES; i += LANE_FRAMES)
+    {
+        MIXED frames;
+        MIXED before;
+        memcpy(&frames, pMixed + i, sizeof frames);
+        memcpy(&before, pMixed + i - 1, sizeof before);
+        AddSquares(frames - before, sums);
+    }
+    for (; i < nFrames; ++i)
+        fSum += square(pMixed[i] - pMixed[i - 1]);
+    return fSum + (sums[0] + sums[1]) + (sums[2] + sums[3]);
 }

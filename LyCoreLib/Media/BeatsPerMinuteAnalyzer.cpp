@@ -1,4 +1,5 @@
 #include "BeatsPerMinuteAnalyzer.h"
+#include "AudioAnalysisSetUp.h"
 #include "AudioFormat.h"
 #include "BeatsMixDown.h"
 #include <algorithm>
@@ -6,13 +7,14 @@
 #include <cstddef>
 #include <cstdint>
 
-static_assert(sizeof(CBeatsPerMinuteAnalyzerV1) == 16 + 256 * 4 + 2 * 4 + sizeof(CLowPassFilter) + 8 + 4 * 4);
+// What is published comes first.
+static_assert(sizeof(CBeatsPerMinuteAnalyzerV1) ==
+              16 + 256 * 4 + 2 * 4 + sizeof(CLowPassFilter) + 8 + 4 * 4 + 2 * 8 + sizeof(COnsetCorrelation));
 
 namespace
 {
 constexpr double FULL_SCALE = 32768.0;
 constexpr unsigned int MS_PER_MINUTE = 60000;
-constexpr int CHUNK_FRAMES = 512; // what ProcessFrames takes at a time: two buffers of floats that stay in the cache
 
 // Counters may run for ever: they wrap instead of overflowing.
 void Count(int& nCount, unsigned int nAdded) { nCount = static_cast<int>(static_cast<unsigned int>(nCount) + nAdded); }
@@ -25,7 +27,8 @@ bool CBeatsPerMinuteAnalyzerV1::SetUp(const CAudioFormat& format)
 
 bool CBeatsPerMinuteAnalyzerV1::SetUp(int nSampleRate)
 {
-    if (nSampleRate < MIN_SAMPLE_RATE || nSampleRate > MAX_SAMPLE_RATE)
+    if (nSampleRate < static_cast<int>(ANALYSIS_MIN_SAMPLE_RATE) ||
+        nSampleRate > static_cast<int>(ANALYSIS_MAX_SAMPLE_RATE))
         return false;
     *this = CBeatsPerMinuteAnalyzerV1();
     m_nSamplesPerStep = nSampleRate / STEPS_PER_SECOND;
@@ -43,7 +46,10 @@ int CBeatsPerMinuteAnalyzerV1::RoundSample(double fSample)
 
 void CBeatsPerMinuteAnalyzerV1::ProcessBlock(int nLeft, int nRight)
 {
-    const float fOutput = m_Filter.FilterCapAs16BitInteger(BeatsMixDown::Mix(nLeft, nRight));
+    const float fMix = BeatsMixDown::Mix(nLeft, nRight);
+    m_fEdges += BeatsMixDown::GetEdges(&fMix, 1, m_fLastMix);
+    m_fLastMix = fMix;
+    const float fOutput = m_Filter.FilterCapAs16BitInteger(fMix);
     m_fEnergy += static_cast<double>(fOutput * fOutput);
     Count(m_nStepSamples, 1);
     if (m_nStepSamples == m_nSamplesPerStep)
@@ -55,26 +61,47 @@ void CBeatsPerMinuteAnalyzerV1::ProcessFrames(const double* pSamples, int nFrame
     if (pSamples == nullptr || nChannels < 1)
         return;
     float aryMixed[CHUNK_FRAMES];
-    float aryOutput[CHUNK_FRAMES];
     while (nFrames > 0)
     {
-        // A chunk ends with its step at the latest. The count runs around the 32 bits if the step's end lies behind it.
-        const uint64_t nLeft =
-            static_cast<unsigned int>(m_nSamplesPerStep) - static_cast<unsigned int>(m_nStepSamples) - 1U;
-        const int nChunk =
-            static_cast<int>(std::min<uint64_t>(nLeft + 1, static_cast<uint64_t>(std::min(nFrames, CHUNK_FRAMES))));
-        BeatsMixDown::Mix(pSamples, nChunk, nChannels, aryMixed);
-        if (!m_Filter.FilterBlock(aryMixed, aryOutput, nChunk))
-        {
-            for (int i = 0; i < nChunk; ++i)
-                m_fEnergy += static_cast<double>(aryOutput[i] * aryOutput[i]);
-        }
-        Count(m_nStepSamples, static_cast<unsigned int>(nChunk));
-        if (m_nStepSamples == m_nSamplesPerStep)
-            FinishStep();
+        const int nChunk = GetChunk(nFrames);
+        MixChunk(pSamples, nChunk, nChannels, aryMixed);
+        FilterChunk(aryMixed, nChunk);
+        EndChunk(nChunk);
         pSamples += static_cast<ptrdiff_t>(nChunk) * nChannels;
         nFrames -= nChunk;
     }
+}
+
+// How many of nFrames are taken at once. A chunk ends with its step at the latest; the count runs around the 32 bits if
+// the step's end lies behind it.
+int CBeatsPerMinuteAnalyzerV1::GetChunk(int nFrames) const
+{
+    const uint64_t nLeft =
+        static_cast<unsigned int>(m_nSamplesPerStep) - static_cast<unsigned int>(m_nStepSamples) - 1U;
+    return static_cast<int>(std::min<uint64_t>(nLeft + 1, static_cast<uint64_t>(std::min(nFrames, CHUNK_FRAMES))));
+}
+
+void CBeatsPerMinuteAnalyzerV1::MixChunk(const double* pSamples, int nFrames, int nChannels, float* pMixed)
+{
+    BeatsMixDown::Mix(pSamples, nFrames, nChannels, pMixed);
+    m_fEdges += BeatsMixDown::GetEdges(pMixed, nFrames, m_fLastMix);
+    m_fLastMix = pMixed[nFrames - 1];
+}
+
+void CBeatsPerMinuteAnalyzerV1::FilterChunk(const float* pMixed, int nFrames)
+{
+    float aryOutput[CHUNK_FRAMES];
+    if (m_Filter.FilterBlock(pMixed, aryOutput, nFrames))
+        return;
+    for (int i = 0; i < nFrames; ++i)
+        m_fEnergy += static_cast<double>(aryOutput[i] * aryOutput[i]);
+}
+
+void CBeatsPerMinuteAnalyzerV1::EndChunk(int nFrames)
+{
+    Count(m_nStepSamples, static_cast<unsigned int>(nFrames));
+    if (m_nStepSamples == m_nSamplesPerStep)
+        FinishStep();
 }
 
 // A step of 5 ms is over: its energy moves both averages, and may start a beat.
@@ -85,7 +112,9 @@ void CBeatsPerMinuteAnalyzerV1::FinishStep()
     m_fSlowAverage += (fMean - m_fSlowAverage) * SLOW_WEIGHT;
     if (!(m_fFastAverage > m_fSlowAverage) || !TakeOnset())
         Count(m_nSinceBeat, 1);
+    m_Onsets.Add(fMean, m_fEdges * 0.5 / m_nStepSamples);
     m_fEnergy = 0;
+    m_fEdges = 0;
     Count(m_nStep, 1);
     m_nStepSamples = 0;
 }

@@ -1,5 +1,8 @@
 // CBeatsPerMinuteAnalyzerV1: finds beats in the low-frequency energy of a stereo signal and counts the tempo of the
-// intervals between them. TempoResults.h reads the tempo out of the histogram.
+// intervals between them. TempoResults.h reads the tempo.
+//
+// Intervals between loud low notes are a bar of a waltz as well as a beat, or one and a half beats of a bass: so,
+// beside the histogram, the analyser keeps how much the onsets are like those before (OnsetCorrelation.h).
 //
 // Shape:   one stereo frame at a time; steps of 5 ms, each with one energy; a histogram of whole beats per minute.
 // Units:   samples on the scale of 16-bit integers; times in milliseconds of audio.
@@ -9,14 +12,13 @@
 #pragma once
 
 #include "LowPassFilter.h"
+#include "OnsetCorrelation.h"
 
 class CAudioFormat;
 
 class CBeatsPerMinuteAnalyzerV1
 {
 public:
-    static constexpr int MIN_SAMPLE_RATE = 8000;
-    static constexpr int MAX_SAMPLE_RATE = 192000;
     static constexpr int STEP_MS = 5;
     static constexpr int STEPS_PER_SECOND = 1000 / STEP_MS;
     static constexpr int MIN_TEMPO = 35;       // beats per minute that are counted ...
@@ -46,6 +48,8 @@ public:
 
     bool Finish() { return true; } // nothing is left to do at the end
 
+    const COnsetCorrelation& GetOnsets() const { return m_Onsets; }
+
     double m_fFastAverage = 0;               // of the energy, weight 0.25
     double m_fSlowAverage = 0;               // of the energy, weight 1/1024
     int m_Histogram[HISTOGRAM_ENTRIES] = {}; // how often a tempo was counted; only 35 to 180 are used
@@ -59,7 +63,19 @@ public:
     int m_nStep = 0;           // finished steps
 
 private:
+    friend class CStereoPass;
+    // What is taken at a time: two buffers of floats that stay in the cache.
+    static constexpr int CHUNK_FRAMES = 512;
+
+    int GetChunk(int nFrames) const;
+    void MixChunk(const double* pSamples, int nFrames, int nChannels, float* pMixed);
+    void FilterChunk(const float* pMixed, int nFrames);
+    void EndChunk(int nFrames);
     void FinishStep();
     bool TakeOnset();
     void CountTempo(unsigned int nTempo, int nNowMS);
+
+    double m_fEdges = 0; // sum of the squared differences of neighbouring frames in the current step
+    float m_fLastMix = 0;
+    COnsetCorrelation m_Onsets;
 };

@@ -1,8 +1,11 @@
 #include "DRAnalyzer.h"
 
 #include "AudioAnalysisSetUp.h"
+#include "DRLanePair.h"
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
+#include <cstring>
 #include <functional>
 #include <memory>
 #include <new>
@@ -10,18 +13,6 @@
 namespace
 {
 constexpr int RESERVED_WINDOWS = 1024; // room from the start, 51 minutes
-
-// Two neighbouring channels, which lie side by side in memory.
-using PAIR [[gnu::vector_size(16)]] = double;
-using PAIR_IN_MEMORY [[gnu::vector_size(16), gnu::aligned(8), gnu::may_alias]] = double;
-using PAIR_OF_BITS [[gnu::vector_size(16)]] = long long;
-
-constexpr long long ALL_BUT_SIGN = 0x7FFFFFFFFFFFFFFF;
-
-PAIR Magnitude(PAIR value)
-{
-    return reinterpret_cast<PAIR>(reinterpret_cast<PAIR_OF_BITS>(value) & PAIR_OF_BITS{ALL_BUT_SIGN, ALL_BUT_SIGN});
-}
 
 using CHANNEL = CDRAnalyzer::CChannel;
 
@@ -31,35 +22,17 @@ int FramesOfWindow(const CHANNEL& channel, int nFrames)
     return std::min(nFrames, std::max(channel.m_nWindowSamples - channel.m_nCount, 0));
 }
 
-void EndOfRun(CHANNEL& channel, int nFrames)
-{
-    channel.m_nCount += nFrames;
-    if (channel.m_nCount >= channel.m_nWindowSamples)
-        channel.FinishWindow();
-}
-
 // Both channels at once, each sum in its own lane and in the order of the frames.
 void AddPair(CHANNEL& first, CHANNEL& second, const double* pSamples, int nFrames, int nStride)
 {
-    PAIR sum = {first.m_fSumSquares, second.m_fSumSquares};
-    PAIR peak = {first.m_fPeak, second.m_fPeak};
+    DRLanePair pair(first, second);
     for (int i = 0; i < nFrames; ++i, pSamples += nStride)
     {
-        const PAIR sample = *reinterpret_cast<const PAIR_IN_MEMORY*>(pSamples);
-        sum += sample * sample;
-        const PAIR magnitude = Magnitude(sample);
-        peak = magnitude > peak ? magnitude : peak;
+        DRLanePair::LANES samples;
+        std::memcpy(&samples, pSamples, sizeof samples);
+        pair.Add(samples);
     }
-    first.m_fSumSquares = sum[0];
-    second.m_fSumSquares = sum[1];
-    first.m_fPeak = peak[0];
-    second.m_fPeak = peak[1];
-}
-
-bool HaveSameWindow(const CHANNEL& first, const CHANNEL& second)
-{
-    return first.m_nWindowSamples > 0 && first.m_nWindowSamples == second.m_nWindowSamples &&
-           first.m_nCount == second.m_nCount;
+    pair.Store(first, second);
 }
 
 void ProcessPair(CHANNEL& first, CHANNEL& second, const double* pSamples, int nFrames, int nStride)
@@ -68,8 +41,8 @@ void ProcessPair(CHANNEL& first, CHANNEL& second, const double* pSamples, int nF
     {
         const int nRun = FramesOfWindow(first, nFrames);
         AddPair(first, second, pSamples, nRun, nStride);
-        EndOfRun(first, nRun);
-        EndOfRun(second, nRun);
+        DRLanePair::EndRun(first, nRun);
+        DRLanePair::EndRun(second, nRun);
         pSamples += static_cast<ptrdiff_t>(nRun) * nStride;
         nFrames -= nRun;
     }
@@ -125,7 +98,7 @@ void CDRAnalyzer::CChannel::Process(const double* pSamples, int nFrames, int nSt
             const double fMagnitude = std::fabs(*pSamples);
             m_fPeak = fMagnitude > m_fPeak ? fMagnitude : m_fPeak;
         }
-        EndOfRun(*this, nRun);
+        DRLanePair::EndRun(*this, nRun);
         nFrames -= nRun;
     }
 }
@@ -186,7 +159,7 @@ void CDRAnalyzer::Process(const double* pSamples, int nFrames)
         return;
     const int nChannels = m_Channels.GetSize();
     int i = 0;
-    for (; i + 1 < nChannels && HaveSameWindow(*m_Channels[i], *m_Channels[i + 1]); i += 2)
+    for (; i + 1 < nChannels && DRLanePair::HaveSameWindow(*m_Channels[i], *m_Channels[i + 1]); i += 2)
         ProcessPair(*m_Channels[i], *m_Channels[i + 1], pSamples + i, nFrames, nChannels);
     for (; i < nChannels; ++i)
         m_Channels[i]->Process(pSamples + i, nFrames, nChannels);

@@ -3,8 +3,7 @@
 // Shape:   pieces, each the energies of successive blocks of 100 ms. No window reaches from one piece into the next, so
 //          that a track's pieces together give the album.
 // Units:   LUFS (decibels relative to full scale, K-weighted), LU and dB for differences. m_Momentary and m_ShortTerm
-// are
-//          energies, as m_Blocks is; ToLUFS makes levels of them.
+//          are energies, as m_Blocks is; ToLUFS makes levels of them.
 // Errors:  a level that nothing determines (silence, too short) is minus infinity, a range 0. What has no such value is
 //          told by GetReplayGain's result.
 // Source:  ITU-R BS.1770-4 (integrated), EBU Tech 3341 (momentary, short-term), EBU Tech 3342 (range), ReplayGain 2.0.

@@ -2,8 +2,10 @@
 //
 // The recommendation prints the coefficients of its two filters for 48 kHz only, and asks for the same frequency
 // response at other rates. Those printed are taken back through the bilinear transform to the analogue filters that
-// they came from, and these go through it again at the rate in question. At 48 kHz the printed ones come out. Units:
-// samples per second. Threads: any; nothing is kept.
+// they came from, and these go through it again at the rate in question. At 48 kHz the printed ones come out.
+//
+// Units:   samples per second.
+// Threads: any; nothing is kept.
 
 #pragma once
 

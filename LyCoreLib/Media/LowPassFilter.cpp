@@ -1,4 +1,5 @@
 #include "LowPassFilter.h"
+#include "LowPassRun.h"
 #include <algorithm>
 #include <bit>
 #include <cmath>
@@ -62,15 +63,6 @@ bool CLowPassFilter::SetUp(float fSampleRate, float fCutOff)
     return true;
 }
 
-float CLowPassFilter::Limit(float fSample)
-{
-    // A branch that is foreseen, not a minimum and a maximum, keeps the limits out of the recursion, whose length in
-    // time is what a sample costs.
-    if (__builtin_expect(fSample > MAX_OUTPUT || fSample < MIN_OUTPUT, 0))
-        return fSample > MAX_OUTPUT ? MAX_OUTPUT : MIN_OUTPUT;
-    return fSample;
-}
-
 float CLowPassFilter::FilterCapAs16BitInteger(float fSample)
 {
     if (m_nIndex < 0 || m_nIndex >= RING)
@@ -81,37 +73,9 @@ float CLowPassFilter::FilterCapAs16BitInteger(float fSample)
     m_X[i] = fSample;
     const float fOutput = b0 * m_X[i] + b1 * m_X[m_nIndexBefore] + b2 * m_X[m_nIndexBefore2] -
                           a1 * m_Y[m_nIndexBefore] - a2 * m_Y[m_nIndexBefore2];
-    m_Y[i] = Limit(fOutput);
+    m_Y[i] = LowPassRun::Limit(fOutput);
     m_nIndex = i == RING - 1 ? 0 : i + 1;
     return m_Y[m_nIndex];
-}
-
-// Three calls in a row with the ring in registers, from index 0 to index 0.
-void CLowPassFilter::FilterThree(const float* pSamples, float* pOutput, int nGroups)
-{
-    const float fB0 = b0, fB1 = b1, fB2 = b2, fA1 = a1, fA2 = a2;
-    float x0 = m_X[0], x1 = m_X[1], x2 = m_X[2];
-    float y0 = m_Y[0], y1 = m_Y[1], y2 = m_Y[2];
-    for (int i = 0; i < nGroups; ++i, pSamples += RING, pOutput += RING)
-    {
-        x0 = pSamples[0];
-        y0 = Limit(fB0 * x0 + fB1 * x2 + fB2 * x1 - fA1 * y2 - fA2 * y1);
-        pOutput[0] = y1;
-        x1 = pSamples[1];
-        y1 = Limit(fB0 * x1 + fB1 * x0 + fB2 * x2 - fA1 * y0 - fA2 * y2);
-        pOutput[1] = y2;
-        x2 = pSamples[2];
-        y2 = Limit(fB0 * x2 + fB1 * x1 + fB2 * x0 - fA1 * y1 - fA2 * y0);
-        pOutput[2] = y0;
-    }
-    m_X[0] = x0;
-    m_X[1] = x1;
-    m_X[2] = x2;
-    m_Y[0] = y0;
-    m_Y[1] = y1;
-    m_Y[2] = y2;
-    m_nIndexBefore = Before(RING - 1);
-    m_nIndexBefore2 = Before(m_nIndexBefore);
 }
 
 bool CLowPassFilter::IsSilent() const
@@ -155,26 +119,23 @@ int CLowPassFilter::FilterSilence(float* pOutput, int nSamples)
     return n;
 }
 
+bool CLowPassFilter::IsSilentWith(const float* pSamples, int nSamples)
+{
+    if (m_nIndex < 0 || m_nIndex >= RING)
+        m_nIndex = 0;
+    return IsSilent() && std::all_of(pSamples, pSamples + nSamples, IsZero);
+}
+
 bool CLowPassFilter::FilterBlock(const float* pSamples, float* pOutput, int nSamples)
 {
     if (nSamples < 1)
         return false;
-    if (m_nIndex < 0 || m_nIndex >= RING)
-        m_nIndex = 0;
-    int n = 0;
-    if (IsSilent() && std::all_of(pSamples, pSamples + nSamples, IsZero))
-        n = FilterSilence(pOutput, nSamples);
-    if (n == nSamples)
+    const int nDone = IsSilentWith(pSamples, nSamples) ? FilterSilence(pOutput, nSamples) : 0;
+    if (nDone == nSamples)
         return true;
-    while (n < nSamples && m_nIndex != 0)
-    {
-        pOutput[n] = FilterCapAs16BitInteger(pSamples[n]);
-        ++n;
-    }
-    const int nGroups = (nSamples - n) / RING;
-    if (nGroups > 0)
-        FilterThree(pSamples + n, pOutput + n, nGroups);
-    for (n += nGroups * RING; n < nSamples; ++n)
-        pOutput[n] = FilterCapAs16BitInteger(pSamples[n]);
+    LowPassRun run(*this);
+    for (int i = nDone; i < nSamples; ++i)
+        pOutput[i] = run.Add(pSamples[i]);
+    run.Store(*this, nSamples - nDone);
     return false;
 }

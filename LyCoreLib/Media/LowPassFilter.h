@@ -28,6 +28,8 @@ public:
     // What nSamples calls would return, and the same state after them, bit for bit. True if the filter is silent: then
     // the outputs are so close to zero that their squares are zero.
     bool FilterBlock(const float* pSamples, float* pOutput, int nSamples);
+    // Whether that would be true, unless the outputs grow; for those who run the filter themselves (LowPassRun.h).
+    bool IsSilentWith(const float* pSamples, int nSamples);
 
     float b0 = 0;
     float b1 = 0;
@@ -44,8 +46,6 @@ public:
     int m_nIndexBefore2 = 0; // and the one before that
 
 private:
-    static float Limit(float fSample);
-    void FilterThree(const float* pSamples, float* pOutput, int nGroups);
     bool IsSilent() const;
     int FilterSilence(float* pOutput, int nSamples);
 };

@@ -35,17 +35,26 @@ void Gather(const double* pSamples, int nFrames, int nStride, float* pDestinatio
         pDestination[i] = static_cast<float>(*pSamples);
 }
 
-// The largest magnitude, or fPeak if that is larger. A maximum is the same in any order.
+// The larger of a peak and the magnitudes of the floats at p; what is no number counts for nothing.
+FLOATS TakeMagnitudes(FLOATS peak, const float* p)
+{
+    const FLOATS value = *reinterpret_cast<const FLOATS_IN_MEMORY*>(p);
+    const FLOATS magnitude = reinterpret_cast<FLOATS>(reinterpret_cast<BITS>(value) & (BITS{} + ALL_BUT_SIGN));
+    return magnitude > peak ? magnitude : peak;
+}
+
+// The largest magnitude, or fPeak if that is larger. A maximum is the same in any order, and so two grow side by side.
 float LargestMagnitude(const float* p, int nCount, float fPeak)
 {
-    FLOATS peak = {fPeak, fPeak, fPeak, fPeak};
+    FLOATS even = FLOATS{} + fPeak;
+    FLOATS odd = even;
     int i = 0;
-    for (; i <= nCount - LANES; i += LANES)
+    for (; i <= nCount - 2 * LANES; i += 2 * LANES)
     {
-        const FLOATS value = *reinterpret_cast<const FLOATS_IN_MEMORY*>(p + i);
-        const FLOATS magnitude = reinterpret_cast<FLOATS>(reinterpret_cast<BITS>(value) & (BITS{} + ALL_BUT_SIGN));
-        peak = magnitude > peak ? magnitude : peak;
+        even = TakeMagnitudes(even, p + i);
+        odd = TakeMagnitudes(odd, p + i + LANES);
     }
+    const FLOATS peak = odd > even ? odd : even;
     for (int nLane = 0; nLane < LANES; ++nLane)
         fPeak = peak[nLane] > fPeak ? peak[nLane] : fPeak;
     for (; i < nCount; ++i)

@@ -83,6 +83,15 @@ void CR128Analyzer::ProcessChannels(const double* pSamples, int nFrames, int nUs
         ProcessChannel(*m_Channels[nWaiting], pSamples + nWaiting, nFrames, nStride);
 }
 
+// Counts frames that all channels have been fed, none beyond the block; the last one of it ends it.
+void CR128Analyzer::EndRun(int nFrames)
+{
+    for (CChannel* pChannel : m_Channels)
+        pChannel->m_nCount += nFrames;
+    if (m_Channels[0]->m_nCount == m_nBlockSamples)
+        FinishBlock(m_Channels.GetSize());
+}
+
 void CR128Analyzer::FinishBlock(int nUsable)
 {
     double fValue = 0;

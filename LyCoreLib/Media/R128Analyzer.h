@@ -17,8 +17,6 @@
 class CR128Analyzer
 {
 public:
-    static constexpr unsigned int MIN_SAMPLE_RATE = 8000;
-    static constexpr unsigned int MAX_SAMPLE_RATE = 192000;
     // EBU Tech 3341 wants loudness ten times a second, and BS.1770-4 gating blocks of 400 ms that overlap by three
     // quarters: both are made of blocks of 100 ms.
     static constexpr int BLOCK_MS = 100;
@@ -49,7 +47,10 @@ public:
     int m_nBlockSamples = 0;        // block length, in frames
 
 private:
+    friend class CStereoPass;
+
     int CountUsableChannels() const;
     void ProcessChannels(const double* pSamples, int nFrames, int nUsable);
+    void EndRun(int nFrames);
     void FinishBlock(int nUsable);
 };

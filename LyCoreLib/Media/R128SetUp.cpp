@@ -1,5 +1,6 @@
 // Making a CR128Analyzer measure: its channels, their filters and weights.
 
+#include "AudioAnalysisSetUp.h"
 #include "LoudnessSetup.h"
 #include "R128Analyzer.h"
 #include <new>
@@ -27,8 +28,7 @@ bool AddChannel(CHANNELS& aryChannels, const CAudioFormat& format)
 bool CR128Analyzer::SetUp(const CAudioFormat& format)
 {
     const int nChannels = format.nChannels;
-    if (format.nSamplesPerSec < MIN_SAMPLE_RATE || format.nSamplesPerSec > MAX_SAMPLE_RATE || nChannels < 1 ||
-        nChannels > CAudioFormat::MAX_CHANNELS)
+    if (!CanAnalyze(format))
         return false;
 
     // All memory is found before the first change: the new channels, and room to keep them.

@@ -1,6 +1,7 @@
 #include "THAudioAnalyzer.h"
 
 #include "AudioAnalysisSetUp.h"
+#include "StereoPass.h"
 #include <algorithm>
 #include <climits>
 #include <cstring>
@@ -57,18 +58,33 @@ int CTHAudioAnalyzer::ProcessBlocks(const double* pSamples, int nFrames)
 {
     if (pSamples == nullptr || nFrames < 1)
         return 0;
-    ProcessBeats(pSamples, nFrames);
-    (void)m_R128.Process(pSamples, nFrames); // no channels is no fault
-    m_Peak.Process(pSamples, nFrames);
-    m_DR.Process(pSamples, nFrames);
+    // The usual stereo takes the short way; no analyser can tell it from one behind the other.
+    const bool bSameChannels = IsDoublesOnly() && m_Format.nChannels == m_R128.m_Format.nChannels;
+    if (bSameChannels && CStereoPass::Fits(m_BPM, m_R128, m_DR))
+    {
+        CStereoPass::Process(m_BPM, m_R128, m_DR, pSamples, nFrames);
+        m_Peak.Process(pSamples, nFrames);
+    }
+    else
+    {
+        ProcessBeats(pSamples, nFrames);
+        (void)m_R128.Process(pSamples, nFrames); // no channels is no fault
+        m_Peak.Process(pSamples, nFrames);
+        m_DR.Process(pSamples, nFrames);
+    }
     m_nFramesProcessed += nFrames;
     return nFrames;
+}
+
+bool CTHAudioAnalyzer::IsDoublesOnly() const
+{
+    return m_Format.nChannels > 0 && m_Format.nBlockAlign == m_Format.nChannels * SAMPLE_BYTES;
 }
 
 // ProcessBlockInternal for each frame; where the frames are doubles and nothing else, all at once.
 void CTHAudioAnalyzer::ProcessBeats(const double* pSamples, int nFrames)
 {
-    if (m_Format.nChannels > 0 && m_Format.nBlockAlign == m_Format.nChannels * SAMPLE_BYTES)
+    if (IsDoublesOnly())
     {
         m_BPM.ProcessFrames(pSamples, nFrames, m_Format.nChannels);
         return;

@@ -48,5 +48,6 @@ public:
     CBeatsPerMinuteAnalyzerV1 m_BPM;
 
 private:
+    bool IsDoublesOnly() const;
     void ProcessBeats(const double* pSamples, int nFrames);
 };

@@ -1,5 +1,6 @@
 #include "TempoResults.h"
 #include "BeatsPerMinuteAnalyzer.h"
+#include "PatternTempo.h"
 #include <algorithm>
 #include <climits>
 #include <cmath>
@@ -10,6 +11,7 @@ constexpr int MIN_TEMPO = CBeatsPerMinuteAnalyzerV1::MIN_TEMPO;
 constexpr int MAX_TEMPO = CBeatsPerMinuteAnalyzerV1::MAX_TEMPO;
 constexpr int STEP_MS = CBeatsPerMinuteAnalyzerV1::STEP_MS;
 constexpr int MS_PER_MINUTE = 60000;
+constexpr double MIDDLE_TEMPO = 85; // the octave told beside a tempo above it is the lower one
 
 // Pulses that are tried: beats, or halves of them, a minute; each faster than the one before by this factor.
 constexpr double SLOWEST_PULSE = MIN_TEMPO;
@@ -100,15 +102,30 @@ CTempoResults::CTempoResults(const CBeatsPerMinuteAnalyzerV1& analyzer)
     double fAll = 0;
     for (int i = MIN_TEMPO; i <= MAX_TEMPO; ++i)
         fAll += std::max(0, analyzer.m_Histogram[i]);
+    m_nIntervals = static_cast<int>(std::min<double>(fAll, INT_MAX));
+    PATTERN_TEMPO tempo;
+    constexpr double FRAME_SECONDS = COnsetCorrelation::FRAME_MS / 1000.0;
+    if (!ReadPatternTempo(analyzer.GetOnsets(), FRAME_SECONDS / GetStepCorrection(analyzer), tempo))
+    {
+        ReadHistogram(analyzer, fAll);
+        return;
+    }
+    m_fBPM = tempo.fBPM;
+    m_fOctaveBPM = tempo.fOctaveBPM;
+    m_fConfidence = tempo.fStrength;
+}
+
+void CTempoResults::ReadHistogram(const CBeatsPerMinuteAnalyzerV1& analyzer, double fAll)
+{
     if (fAll == 0)
         return;
     const double fPulseMS = FindPulse(analyzer);
     m_fBPM = MS_PER_MINUTE / fPulseMS * GetStepCorrection(analyzer);
     if (m_fBPM >= MAX_TEMPO + 1) // a pulse of half beats
         m_fBPM /= 2;
+    m_fOctaveBPM = m_fBPM > MIDDLE_TEMPO ? m_fBPM / 2 : m_fBPM * 2;
     const FIT fit = GetFit(analyzer, fPulseMS);
     // Some pulse goes with any few intervals: what n of them say is uncertain by 1 / sqrt(n).
     if (fit.fChance < fAll)
         m_fConfidence = std::clamp(fit.GetScore() / (fAll - fit.fChance) - 1 / std::sqrt(fAll), 0.0, 1.0);
-    m_nIntervals = static_cast<int>(std::min<double>(fAll, INT_MAX));
 }

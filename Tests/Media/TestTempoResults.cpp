@@ -76,8 +76,25 @@ TEST(TempoResults, NoIntervalIsNoTempo)
 {
     const CTempoResults results{Analyzer()};
     EXPECT_EQ(results.m_fBPM, 0);
+    EXPECT_EQ(results.m_fOctaveBPM, 0);
     EXPECT_EQ(results.m_fConfidence, 0);
     EXPECT_EQ(results.m_nIntervals, 0);
+}
+
+TEST(TempoResults, TheNearerOctaveIsToldBesideATempo)
+{
+    struct ROW
+    {
+        int nTempo;
+        double fTimes;
+    };
+    for (const ROW& row : {ROW{50, 2}, ROW{80, 2}, ROW{120, 0.5}, ROW{170, 0.5}})
+    {
+        Analyzer analyzer;
+        Count(analyzer, row.nTempo, 5);
+        const CTempoResults results(analyzer);
+        EXPECT_NEAR(results.m_fOctaveBPM, results.m_fBPM * row.fTimes, 1e-9) << row.nTempo;
+    }
 }
 
 TEST(TempoResults, OneTempoIsAsCertainAsItIsFrequent)
@@ -194,6 +211,37 @@ TEST(TempoResults, ClickTracksOverNoise)
         const CTempoResults results = Listen(nBPM, DRUM, 44100, 0.05);
         EXPECT_TRUE(IsTempo(results.m_fBPM, nBPM)) << nBPM << " read as " << results.m_fBPM;
     }
+}
+
+TEST(TempoResults, AClickTrackTellsItsOctave)
+{
+    EXPECT_NEAR(Listen(60, DRUM, 44100, 0).m_fOctaveBPM, 120, 2);
+    EXPECT_NEAR(Listen(150, DRUM, 44100, 0).m_fOctaveBPM, 75, 2);
+}
+
+TEST(TempoResults, AClickTrackOfFortyIsNoBar)
+{
+    const CTempoResults results = Listen(40, DRUM, 44100, 0);
+    EXPECT_NEAR(results.m_fBPM, 40, 0.8);
+    EXPECT_NEAR(results.m_fOctaveBPM, 80, 1.6);
+}
+
+// Intervals of 600 ms in the histogram, and drums at 150 to hear.
+TEST(TempoResults, WhereNothingComesAgainTheHistogramTells)
+{
+    Analyzer analyzer;
+    ASSERT_TRUE(analyzer.SetUp(44100));
+    Count(analyzer, 100, 9);
+    const std::vector<double> arySilence(static_cast<size_t>(3 * 44100));
+    analyzer.ProcessFrames(arySilence.data(), static_cast<int>(arySilence.size()), 1);
+    EXPECT_NEAR(CTempoResults(analyzer).m_fBPM, 100, 1);
+    const std::vector<double> aryDrum = MakeClick(DRUM, 44100);
+    std::vector<double> aryBeat(static_cast<size_t>(0.4 * 44100));
+    std::copy_n(aryDrum.begin(), std::min(aryDrum.size(), aryBeat.size()), aryBeat.begin());
+    for (int i = 0; i < 20; ++i)
+        analyzer.ProcessFrames(aryBeat.data(), static_cast<int>(aryBeat.size()), 1);
+    EXPECT_NEAR(CTempoResults(analyzer).m_fBPM, 150, 3);
+    EXPECT_GT(CTempoResults(analyzer).m_nIntervals, 9);
 }
 
 TEST(TempoResults, OtherRates)

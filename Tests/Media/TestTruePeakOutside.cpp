@@ -1,4 +1,6 @@
-// The true peak against an outside judge: ffmpeg's ebur128 filter. Without ffmpeg nothing is judged.
+// The true peak against outside judges: ffmpeg's ebur128 filter and libebur128. Both oversample by filters of their
+// own, which no standard fixes, and where a wave was cut they lie a quarter of a decibel apart: what counts is the
+// distance from the range in which the two see it. Without ffmpeg nothing is judged.
 
 #include "PeakLevelAnalyzer.h"
 #include "Synth.h"
@@ -7,6 +9,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <ebur128.h>
 #include <functional>
 #include <gtest/gtest.h>
 #include <numbers>
@@ -18,16 +21,14 @@ namespace
 constexpr double TOLERANCE_DB = 0.1;
 // The published filter is not flat: near a twelfth and two fifths of the rate two of its phases read 0.24 dB too much.
 constexpr double RIPPLE_DB = 0.25;
-// Where a wave was cut, the filters of the judges themselves lie further apart than this.
-constexpr double CUT_WAVE_DB = 0.5;
 constexpr int CHANNELS = 2;
 
 using SAMPLES = std::vector<short>; // interleaved stereo
 
 bool HaveJudge() { return std::system("ffmpeg -version > /dev/null 2>&1") == 0; }
 
-// The largest true peak of a channel that the judge saw, on a scale of 1.0; its answers have three decimals.
-double AskJudge(const SAMPLES& arySamples, int nRate, int nChannel)
+// The largest true peak of a channel that ffmpeg saw, on a scale of 1.0; its answers have three decimals.
+double AskFFmpeg(const SAMPLES& arySamples, int nRate, int nChannel)
 {
     const TempFolder folder;
     const std::string strBytes(reinterpret_cast<const char*>(arySamples.data()), arySamples.size() * sizeof(short));
@@ -49,7 +50,34 @@ double AskJudge(const SAMPLES& arySamples, int nRate, int nChannel)
     return fPeak;
 }
 
-void ExpectJudgeAgrees(const SAMPLES& arySamples, int nRate, double fToleranceDB)
+// What libebur128 saw of a channel.
+double AskLibrary(const SAMPLES& arySamples, int nRate, int nChannel)
+{
+    ebur128_state* pState = ebur128_init(CHANNELS, static_cast<unsigned long>(nRate), EBUR128_MODE_TRUE_PEAK);
+    double fPeak = -1;
+    if (ebur128_add_frames_short(pState, arySamples.data(), arySamples.size() / CHANNELS) == EBUR128_SUCCESS)
+        (void)ebur128_true_peak(pState, static_cast<unsigned int>(nChannel), &fPeak);
+    ebur128_destroy(&pState);
+    return fPeak;
+}
+
+// Where the judges see the true peak of a channel, in dBTP.
+struct JUDGED_RANGE
+{
+    double fLow;
+    double fHigh;
+};
+
+JUDGED_RANGE AskJudges(const SAMPLES& arySamples, int nRate, int nChannel)
+{
+    const double fFFmpeg = AskFFmpeg(arySamples, nRate, nChannel);
+    const double fLibrary = AskLibrary(arySamples, nRate, nChannel);
+    EXPECT_GT(fFFmpeg, 0);
+    EXPECT_GT(fLibrary, 0);
+    return {20 * std::log10(std::min(fFFmpeg, fLibrary)), 20 * std::log10(std::max(fFFmpeg, fLibrary))};
+}
+
+void ExpectJudgesAgree(const SAMPLES& arySamples, int nRate, double fToleranceDB)
 {
     CAudioFormat format;
     format.SetFormat(64, nRate, CHANNELS);
@@ -60,9 +88,10 @@ void ExpectJudgeAgrees(const SAMPLES& arySamples, int nRate, double fToleranceDB
     analyzer.Process(aryDoubles.data(), static_cast<int>(aryDoubles.size()) / CHANNELS);
     for (int nChannel = 0; nChannel < CHANNELS; ++nChannel)
     {
-        const double fJudged = AskJudge(arySamples, nRate, nChannel);
-        ASSERT_GT(fJudged, 0);
-        EXPECT_NEAR(analyzer.GetTruePeakDBTP(nChannel), 20 * std::log10(fJudged), fToleranceDB) << nChannel;
+        const JUDGED_RANGE judged = AskJudges(arySamples, nRate, nChannel);
+        const double fOurs = analyzer.GetTruePeakDBTP(nChannel);
+        EXPECT_NEAR(fOurs, std::clamp(fOurs, judged.fLow, judged.fHigh), fToleranceDB)
+            << "channel " << nChannel << ", judged from " << judged.fLow << " to " << judged.fHigh;
     }
 }
 
@@ -127,7 +156,7 @@ TEST_F(TruePeakOutside, SinesReadAlike)
             const double fFrequency = nChannel == 0 ? row.fLeft : row.fRight;
             return 0.7 * std::sin(2 * std::numbers::pi * (fFrequency * fSeconds + row.fPhase));
         };
-        ExpectJudgeAgrees(Render(row.nRate, wave), row.nRate, row.fToleranceDB);
+        ExpectJudgesAgree(Render(row.nRate, wave), row.nRate, row.fToleranceDB);
     }
 }
 
@@ -140,8 +169,8 @@ TEST_F(TruePeakOutside, ChordsAndBeatsReadAlike)
             fSum += std::sin(2 * std::numbers::pi * (fFrequency + 3 * nChannel) * fSeconds);
         return 0.25 * fSum; // beyond full scale now and then, and cut there
     };
-    ExpectJudgeAgrees(Render(44100, chord), 44100, TOLERANCE_DB);
-    ExpectJudgeAgrees(Render(96000, chord), 96000, TOLERANCE_DB);
+    ExpectJudgesAgree(Render(44100, chord), 44100, TOLERANCE_DB);
+    ExpectJudgesAgree(Render(96000, chord), 96000, TOLERANCE_DB);
 }
 
 TEST_F(TruePeakOutside, MusicReadsAlike)
@@ -165,6 +194,6 @@ TEST_F(TruePeakOutside, MusicReadsAlike)
             arySamples.push_back(
                 static_cast<short>(std::lround(std::clamp(fSample / fLargest * fGain, -1.0F, 1.0F) * 32767)));
         SCOPED_TRACE(fGain);
-        ExpectJudgeAgrees(arySamples, 44100, fGain > 1 ? CUT_WAVE_DB : TOLERANCE_DB);
+        ExpectJudgesAgree(arySamples, 44100, TOLERANCE_DB);
     }
 }

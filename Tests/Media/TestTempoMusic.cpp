@@ -1,0 +1,172 @@
+// The tempo of music: of many kinds whose tempo is known, of the example disc, and against an outside judge, the
+// program `bpm`. Without that nothing is judged from outside.
+
+#include "BeatsPerMinuteAnalyzer.h"
+#include "TempFolder.h"
+#include "TempoPieces.h"
+#include "TempoResults.h"
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <string>
+#include <vector>
+
+namespace
+{
+constexpr double TOLERANCE = 0.02;
+constexpr double SECONDS = 30;
+constexpr double SURE = 0.35; // of music that comes again, however unevenly
+
+bool IsNear(double fMeasured, double fBPM) { return std::fabs(fMeasured / fBPM - 1) < TOLERANCE; }
+
+CTempoResults Listen(const std::vector<short>& arySamples, int nChannels)
+{
+    CBeatsPerMinuteAnalyzerV1 analyzer;
+    EXPECT_TRUE(analyzer.SetUp(TempoBand::RATE));
+    std::vector<double> aryDoubles(arySamples.size());
+    std::transform(arySamples.begin(), arySamples.end(), aryDoubles.begin(), [](short n) { return n / 32768.0; });
+    analyzer.ProcessFrames(aryDoubles.data(), static_cast<int>(aryDoubles.size()) / nChannels, nChannels);
+    return CTempoResults(analyzer);
+}
+
+// The pieces, each played once.
+const std::vector<std::vector<short>>& GetMusic()
+{
+    static const std::vector<std::vector<short>> s_aryMusic = []
+    {
+        std::vector<std::vector<short>> aryMusic;
+        for (const TEMPO_PIECE& piece : s_aryTempoPieces)
+            aryMusic.push_back(TempoBand::Play(piece, SECONDS));
+        return aryMusic;
+    }();
+    return s_aryMusic;
+}
+
+// The tempo itself, or its octave with the tempo told beside it.
+void ExpectTempo(const CTempoResults& results, double fBPM, const std::string& strName)
+{
+    const bool bOctave = IsNear(results.m_fBPM * 2, fBPM) || IsNear(results.m_fBPM / 2, fBPM);
+    EXPECT_TRUE(IsNear(results.m_fBPM, fBPM) || (bOctave && IsNear(results.m_fOctaveBPM, fBPM)))
+        << strName << ": " << fBPM << " read as " << results.m_fBPM << " or " << results.m_fOctaveBPM;
+    EXPECT_GT(results.m_fConfidence, SURE) << strName;
+}
+
+bool HaveJudge() { return std::system("command -v bpm > /dev/null 2>&1") == 0; }
+
+// What `bpm` says between 60 and 180, which hears raw floats of one channel; 0 if nothing.
+double AskJudge(const std::vector<short>& arySamples, int nChannels)
+{
+    std::vector<float> aryFloats;
+    for (size_t i = 0; i < arySamples.size(); i += static_cast<size_t>(nChannels))
+    {
+        int nSum = 0;
+        for (size_t k = i; k < i + static_cast<size_t>(nChannels); ++k)
+            nSum += arySamples[k];
+        aryFloats.push_back(static_cast<float>(nSum) / 32768 / static_cast<float>(nChannels));
+    }
+    const TempFolder folder;
+    const std::string strBytes(reinterpret_cast<const char*>(aryFloats.data()), aryFloats.size() * sizeof(float));
+    const std::string strCommand = "bpm -m 60 -x 180 < " + folder.Write("audio.raw", strBytes);
+    FILE* pAnswer = popen(strCommand.c_str(), "r");
+    if (pAnswer == nullptr)
+        return 0;
+    char szLine[64] = {};
+    const bool bAnswered = std::fgets(szLine, sizeof szLine, pAnswer) != nullptr;
+    pclose(pAnswer);
+    return bAnswered ? std::strtod(szLine, nullptr) : 0;
+}
+
+struct EXAMPLE_ROW
+{
+    const char* pFile;
+    double fBPM; // as it was composed: a beat is 0.64, 0.6 or 0.8 seconds
+};
+
+const EXAMPLE_ROW s_aryExamples[] = {{"01 First Light.wav", 93.75},
+                                     {"02 Setting Out.wav", 100},
+                                     {"03 Over the Ridge.wav", 100},
+                                     {"04 The Long Valley.wav", 100},
+                                     {"05 Lamps Lit.wav", 75}};
+
+// The music of the example disc, as it is made for it: 16-bit stereo behind a header of 44 bytes.
+const std::vector<std::vector<short>>& GetExamples()
+{
+    static const std::vector<std::vector<short>> s_aryExampleMusic = []
+    {
+        const TempFolder folder;
+        EXPECT_EQ(0, std::system(("'" RONDEL_EXAMPLE_MUSIC "' '" + folder.GetPath() + "'").c_str()));
+        std::vector<std::vector<short>> aryMusic;
+        for (const EXAMPLE_ROW& row : s_aryExamples)
+        {
+            constexpr size_t HEADER_BYTES = 44;
+            std::ifstream stream(folder.GetPath(row.pFile), std::ios::binary);
+            const std::string strBytes((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
+            std::vector<short>& arySamples = aryMusic.emplace_back();
+            if (strBytes.size() <= HEADER_BYTES)
+                continue;
+            arySamples.resize((strBytes.size() - HEADER_BYTES) / sizeof(short));
+            std::memcpy(arySamples.data(), strBytes.data() + HEADER_BYTES, arySamples.size() * sizeof(short));
+        }
+        return aryMusic;
+    }();
+    return s_aryExampleMusic;
+}
+} // namespace
+
+TEST(TempoMusic, EveryKindIsReadOrItsOctaveWithItBeside)
+{
+    int nExact = 0;
+    for (size_t i = 0; i < GetMusic().size(); ++i)
+    {
+        const TEMPO_PIECE& piece = s_aryTempoPieces[i];
+        const CTempoResults results = Listen(GetMusic()[i], 1);
+        ExpectTempo(results, piece.fBPM, piece.pName);
+        nExact += IsNear(results.m_fBPM, piece.fBPM) ? 1 : 0;
+    }
+    EXPECT_GE(nExact, 16) << "of 22 without the octave";
+}
+
+TEST(TempoMusic, EveryExampleIsReadAsItWasComposed)
+{
+    for (size_t i = 0; i < GetExamples().size(); ++i)
+    {
+        const EXAMPLE_ROW& row = s_aryExamples[i];
+        ASSERT_GT(GetExamples()[i].size(), 1000000U) << row.pFile;
+        const CTempoResults results = Listen(GetExamples()[i], 2);
+        EXPECT_TRUE(IsNear(results.m_fBPM, row.fBPM)) << row.pFile << " read as " << results.m_fBPM;
+        EXPECT_GT(results.m_fConfidence, SURE) << row.pFile;
+    }
+}
+
+// The judge knows nothing of bars in three and of syncopes: where its answer is no octave of what is played, it says
+// nothing of ours.
+TEST(TempoMusic, TheJudgeAgreesWhereverItIsRight)
+{
+    if (!HaveJudge())
+        GTEST_SKIP() << "no bpm-tools on this machine";
+    int nJudged = 0;
+    for (size_t i = 0; i < GetMusic().size(); ++i)
+    {
+        const TEMPO_PIECE& piece = s_aryTempoPieces[i];
+        const double fJudged = AskJudge(GetMusic()[i], 1);
+        ASSERT_GT(fJudged, 0) << piece.pName;
+        if (!IsNear(fJudged, piece.fBPM) && !IsNear(fJudged * 2, piece.fBPM) && !IsNear(fJudged / 2, piece.fBPM))
+            continue;
+        ++nJudged;
+        ExpectTempo(Listen(GetMusic()[i], 1), fJudged, piece.pName);
+    }
+    EXPECT_GE(nJudged, 14);
+}
+
+TEST(TempoMusic, TheJudgeAgreesOnTheExamplesThatItReads)
+{
+    if (!HaveJudge())
+        GTEST_SKIP() << "no bpm-tools on this machine";
+    for (const size_t nTrack : {1U, 3U, 4U}) // of the others it reads two thirds of the tempo
+        ExpectTempo(Listen(GetExamples()[nTrack], 2), AskJudge(GetExamples()[nTrack], 2), s_aryExamples[nTrack].pFile);
+}
