@@ -61,6 +61,16 @@ LyBuffer MakeBuffer(const benchmark::State& state)
     return buffer;
 }
 
+// An object with its table of fields, and its end.
+void OwnNew(benchmark::State& state)
+{
+    for (auto _ : state)
+    {
+        CID3v2Tag tag;
+        benchmark::DoNotOptimize(tag.m_aryFields.GetData());
+    }
+}
+
 void OwnParse(benchmark::State& state)
 {
     const LyBuffer buffer = MakeBuffer(state);
@@ -133,6 +143,7 @@ void Sizes(benchmark::internal::Benchmark* pBenchmark)
 }
 } // namespace
 
+BENCHMARK(OwnNew)->Name("CID3v2Tag/new");
 BENCHMARK(OwnParse)->Name("CID3v2Tag/parse")->Apply(Sizes);
 BENCHMARK(TagLibParse)->Name("TagLib/parse")->Apply(Sizes);
 BENCHMARK(OwnParseAgain)->Name("CID3v2Tag/parseAgain")->Apply(Sizes);

@@ -17,7 +17,7 @@ namespace
 std::string TakeLine(std::string_view& strRest)
 {
     const size_t nEnd = std::min(strRest.find('\n'), strRest.size());
-    const std::string strLine(strRest.substr(0, nEnd));
+    std::string strLine(strRest.substr(0, nEnd));
     strRest.remove_prefix(std::min(nEnd + 1, strRest.size()));
     return strLine;
 }

@@ -42,7 +42,7 @@ static size_t Fill(void* pTo, size_t nRoom, size_t nBytes)
 
 static int Answer(int, sg_io_hdr& header)
 {
-    uint8_t head[HEADER_BYTES];
+    uint8_t head[HEADER_BYTES] = {};
     if (s_nInput < HEADER_BYTES)
         return ENODEV;
     (void)Fill(head, HEADER_BYTES, HEADER_BYTES);

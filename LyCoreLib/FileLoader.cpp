@@ -64,8 +64,9 @@ void CFileLoader::EndLoad(ILyWaitMessage* pWait)
     if (pWait != nullptr)
         pWait->Close(); // from here on nobody calls back
     SetDownloadParameters(nullptr, nullptr, 0, false);
-    if (m_pReader != nullptr)
-        m_strError = GetReaderInfo(L"Error");
+    const LyString strReaderError = m_pReader != nullptr ? GetReaderInfo(L"Error") : LyString();
+    if (!strReaderError.IsEmpty())
+        m_strError = strReaderError; // it came first
     LySingleLock lock(&m_Lock);
     m_pReader.Release();
 }

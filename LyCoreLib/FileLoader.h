@@ -8,6 +8,7 @@
 //           often enough to show progress and to notice a cancel.
 // Errors:   false, and an empty buffer; a cancelled load is a failed one. What a server answered stays in
 //           m_strStatusCode and m_strLocation, and what the reader says of it in m_strError.
+//           Packed data that are damaged are loaded up to the damage, with true, and m_strError tells of it.
 // Lifetime: an outside cancel record, listeners and borrowed request data live as long as a load that uses them. An
 //           outside record goes on pointing at the loader: whoever keeps it longer clears its callback.
 // Threads:  one load at a time, on one thread; a second call is false at once. Cancel comes from any thread, and breaks
@@ -64,7 +65,9 @@ protected:
     ~IFileLoaderChecker() = default;
 };
 
-class CFileLoader final : public ILyWaitMessageCallback, public ICancelHelperCallback
+class CZLibHelper;
+
+class CFileLoader : public ILyWaitMessageCallback, public ICancelHelperCallback
 {
 public:
     CFileLoader() = default;
@@ -130,7 +133,7 @@ public:
     LyLock m_Lock; // guards m_pReader, and changes of the cancel state; never held during a read
     LyPtr<ILyReader, ILyReader> m_pReader; // of the load that is running
     std::atomic<bool> m_bBusy{false};      // a load is running
-    LyString m_strError; // what the reader of the last load met, in a sentence; empty if all went well
+    LyString m_strError;                   // what the last load met, in sentences for the user; empty if all went well
 
 private:
     struct TRANSFER; // FileLoaderDetails.h
@@ -152,8 +155,8 @@ private:
     void ReportProgress(TRANSFER& transfer);
     bool GetIsContentTestDue(const TRANSFER& transfer, bool bEnded) const;
     bool TestContent(const LyBuffer& buffer) const;
-    bool Unpack(LyBuffer* pBuffer, ILyReader* pOutput, const LyFilename& target);
-    bool UnpackBuffer(LyBuffer& buffer);
+    bool Unpack(const LyFilename& source, LyBuffer* pBuffer, ILyReader* pOutput, const LyFilename& target);
+    bool UnpackBuffer(CZLibHelper& helper, LyBuffer& buffer) const;
 
     bool GetIsCancelled() const { return m_pCancel->m_bCancelled.load(std::memory_order_relaxed); }
     LyString GetReaderInfo(const wchar_t* pName);

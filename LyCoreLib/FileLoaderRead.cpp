@@ -11,6 +11,10 @@ namespace
 constexpr wchar_t PARAMETER_DELIMITER[] = L"|";
 constexpr wchar_t STATUS_NOT_MODIFIED[] = L"304";
 constexpr wchar_t NO_ENCODING_MARK = 1; // an encoding that begins with it is none
+
+// HTTP tells times in whole seconds (RFC 9110, 5.6.7). Two ways to the same second differ in the last bits of a number
+// of days, and a midnight has its mark 0.2 seconds behind it (LyDateTime.h).
+constexpr double HALF_A_SECOND = 0.5 / 86400;
 } // namespace
 
 bool CFileLoader::LoadInternalReader(const LyFilename& source, LyBuffer* pBuffer, ILyReader* pOutput,
@@ -43,7 +47,7 @@ bool CFileLoader::LoadInternalReader(const LyFilename& source, LyBuffer* pBuffer
         pOutput->Close();
     if (!bTransferred || GetIsCancelled())
         return bTransferred;
-    return Unpack(pBuffer, pOutput, target);
+    return Unpack(source, pBuffer, pOutput, target);
 }
 
 bool CFileLoader::GetIsInternet(const LyFilename& filename)
@@ -89,35 +93,40 @@ LyString CFileLoader::GetReaderInfo(const wchar_t* pName)
 bool CFileLoader::GetIsCurrent(const LyFilename& target, const LyDateTime& date)
 {
     LyDateTime dateOfServer;
-    if (!dateOfServer.Parse(GetResponseHeader(L"Last-Modified")) || date.GetValue() < dateOfServer.GetValue())
+    if (!dateOfServer.Parse(GetResponseHeader(L"Last-Modified")) ||
+        date.GetValue() + HALF_A_SECOND < dateOfServer.GetValue())
         return false;
     const long long nTargetBytes = target.GetFileSize(false);
     return nTargetBytes >= 0 && m_pReader->GetLength() == nTargetBytes; // a missing file is as long as no other
 }
 
-bool CFileLoader::Unpack(LyBuffer* pBuffer, ILyReader* pOutput, const LyFilename& target)
+bool CFileLoader::Unpack(const LyFilename& source, LyBuffer* pBuffer, ILyReader* pOutput, const LyFilename& target)
 {
     // Deliberate: the value is not compared with a name. Only gzip is asked for, so any encoding is taken for it.
     const LyString strEncoding = GetReaderInfo(L"ContentEncoding");
     if (strEncoding.IsEmpty() || strEncoding[0] == NO_ENCODING_MARK)
         return true;
-    if (pBuffer != nullptr)
-        return UnpackBuffer(*pBuffer);
-    if (pOutput == nullptr)
+    if (pBuffer == nullptr && pOutput == nullptr)
         return false;
-    return CZLibHelper().DecompressFile(target.GetFilenameForUseWithOperatingSystem(), LyString(), nullptr);
+    CZLibHelper helper;
+    const bool bUnpacked =
+        pBuffer != nullptr ? UnpackBuffer(helper, *pBuffer)
+                           : helper.DecompressFile(target.GetFilenameForUseWithOperatingSystem(), LyString(), nullptr);
+    if (helper.m_bDamaged)
+        m_strError = source.GetFilename() +
+                     L": what came is packed and damaged, and could not be unpacked to its end. Load it again.";
+    return bUnpacked;
 }
 
 // The helper reads files only.
-bool CFileLoader::UnpackBuffer(LyBuffer& buffer)
+bool CFileLoader::UnpackBuffer(CZLibHelper& helper, LyBuffer& buffer) const
 {
     const LyString strTemp =
         LyFileSystem::GetTemporaryFilename(L"File Loader Decompress", L"dat", true, true, LyString());
     // An atomic flag is a flag and nothing else, and is read as one.
     static_assert(sizeof m_pCancel->m_bCancelled == sizeof(bool) && std::atomic<bool>::is_always_lock_free);
     auto pCancel = reinterpret_cast<volatile bool*>(&m_pCancel->m_bCancelled);
-    const bool bUnpacked =
-        buffer.ToFile(strTemp, INT_MAX) && CZLibHelper().DecompressFileToBuffer(strTemp, buffer, pCancel);
+    const bool bUnpacked = buffer.ToFile(strTemp, INT_MAX) && helper.DecompressFileToBuffer(strTemp, buffer, pCancel);
     (void)LyFileSystem::DeleteFile(strTemp); // where it could not be made, there is none
     return bUnpacked && !GetIsCancelled();   // a cancelled run says true
 }

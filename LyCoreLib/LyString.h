@@ -204,7 +204,8 @@ public:
     static void FromDecimalStatic(LyString& strOut, double fValue, int nDecimals, bool bFixedDecimals,
                                   int nMinIntegerDigits, int nFlags);
     LyString& FromInt(int nValue, int nMinDigits = 0, int nBase = 10, int nFlags = 0);
-    LyString& FromDecimal(double fValue, int nDecimals, bool bFixedDecimals, int nMinIntegerDigits = 0, int nFlags = 0);
+    LyString& FromDecimal(double fValue, int nDecimals = -1, bool bFixedDecimals = false, int nMinIntegerDigits = 0,
+                          int nFlags = 0);
     LyString& FromPointer(const void* p);
     LyString& FromBSTR(const wchar_t* p, bool bFree);
     LyString& FromStringInMemoryFast(const wchar_t* p, int nLength); // exact copy, no scan; below 1 is empty

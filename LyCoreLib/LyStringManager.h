@@ -73,7 +73,7 @@ protected:
 //
 // Small blocks that come back are kept in BLOCK_SLOTS slots for the next string.
 // Threads: every operation may be called from any thread.
-class LyStringGlobals final : public ILyStringManager
+class LyStringGlobals : public ILyStringManager
 {
 public:
     static constexpr unsigned int INITIALIZED = 0xb23a8c33;

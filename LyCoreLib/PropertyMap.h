@@ -4,8 +4,7 @@
 // Text:    "(1:2)(5:Speed)(2:16)(4:Mode)(2:on)": a field with the count, then a field with key and one with value for
 //          each entry (the fields of LyString::SaveString). No terminator: it can stand inside a longer text.
 // XML:     <Root version="1.0">, then <Item Name="Speed">16</Item> for each entry, then </Root>. A line ends in
-// carriage
-//          return and line feed; nothing follows the closing tag. Control characters of a value become "?" in it.
+//          carriage return and line feed; nothing follows the closing tag. Control characters of a value become "?".
 // Order:   by the hash of the keys, the same in every form; nothing may rely on an order of insertion.
 // Errors:  a missing value is the caller's default. Damaged text reads as empty fields.
 // Threads: no lock; the owner guards a map.

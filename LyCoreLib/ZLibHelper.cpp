@@ -15,7 +15,8 @@ constexpr int COMPRESSOR_FORMAT = 1;
 
 enum UNPACK_RESULT
 {
-    UNPACK_COMPLETE, // up to the end, or up to a fault in the data
+    UNPACK_COMPLETE,
+    UNPACK_DAMAGED, // up to a fault in the data
     UNPACK_CANCELLED,
     UNPACK_FAILED // what came could not be kept
 };
@@ -35,7 +36,7 @@ UNPACK_RESULT Unpack(IZLibFile& file, unsigned char* pChunk, int nChunkBytes, co
         // More than there is room for is not believed.
         const int nBytes = std::min(file.Read(pChunk, nChunkBytes), nChunkBytes);
         if (nBytes <= 0)
-            return UNPACK_COMPLETE;
+            return nBytes == 0 ? UNPACK_COMPLETE : UNPACK_DAMAGED;
         if (!consume(pChunk, nBytes))
             return UNPACK_FAILED;
         if (GetIsCancelled(pCancel))
@@ -43,13 +44,16 @@ UNPACK_RESULT Unpack(IZLibFile& file, unsigned char* pChunk, int nChunkBytes, co
     }
 }
 
-bool UnpackToFile(IZLibFile& source, LyFile& file, const volatile bool* pCancel)
+UNPACK_RESULT UnpackToFile(IZLibFile& source, LyFile& file, const volatile bool* pCancel)
 {
     unsigned char aryChunk[FILE_CHUNK_BYTES];
     auto Write = [&file](const unsigned char* p, int nBytes)
     { return file.Write(p, static_cast<unsigned int>(nBytes)); };
-    return Unpack(source, aryChunk, FILE_CHUNK_BYTES, pCancel, Write) == UNPACK_COMPLETE;
+    return Unpack(source, aryChunk, FILE_CHUNK_BYTES, pCancel, Write);
 }
+
+// Deliberate: what came ahead of a fault counts as the whole. A page that is cut short is better than none to a player.
+bool GetIsResult(UNPACK_RESULT eResult) { return eResult == UNPACK_COMPLETE || eResult == UNPACK_DAMAGED; }
 } // namespace
 
 CZLibHelper::CZLibHelper()
@@ -68,6 +72,7 @@ IZLibFile* CZLibHelper::OpenFile(const wchar_t* pPath)
 
 bool CZLibHelper::DecompressFile(LyString strSource, LyString strDestination, volatile bool* pCancel)
 {
+    m_bDamaged = false;
     if (strDestination.IsEmpty())
         strDestination = strSource;
     const LyString strTemp = strDestination + L".tmp";
@@ -77,10 +82,11 @@ bool CZLibHelper::DecompressFile(LyString strSource, LyString strDestination, vo
     LyFile file(LyFilename(strTemp), LY_FILE_WRITE, LY_FILE_SHARE_READ_WRITE, LY_FILE_CREATE_ALWAYS);
     if (!file.Open())
         return false;
-    const bool bUnpacked = UnpackToFile(*source.Get(), file, pCancel);
+    const UNPACK_RESULT eResult = UnpackToFile(*source.Get(), file, pCancel);
+    m_bDamaged = eResult == UNPACK_DAMAGED;
     source.Release();
     file.Close();
-    if (bUnpacked && LyFileSystem::SafeReplaceFile(strDestination, strTemp, 0, false, false))
+    if (GetIsResult(eResult) && LyFileSystem::SafeReplaceFile(strDestination, strTemp, 0, false, false))
         return true;
     (void)LyFileSystem::DeleteFile(strTemp);
     return false;
@@ -88,6 +94,7 @@ bool CZLibHelper::DecompressFile(LyString strSource, LyString strDestination, vo
 
 bool CZLibHelper::DecompressFileToBuffer(LyString strSource, LyBuffer& output, volatile bool* pCancel)
 {
+    m_bDamaged = false;
     output.Empty(true);
     const LyPtr<IZLibFile, IZLibFile> source(OpenFile(strSource), true, false);
     if (source == nullptr)
@@ -101,7 +108,8 @@ bool CZLibHelper::DecompressFileToBuffer(LyString strSource, LyBuffer& output, v
         return pEnd != nullptr;
     };
     const UNPACK_RESULT eResult = Unpack(*source.Get(), aryChunk, BUFFER_CHUNK_BYTES, pCancel, Append);
-    if (eResult != UNPACK_COMPLETE)
+    m_bDamaged = eResult == UNPACK_DAMAGED;
+    if (!GetIsResult(eResult))
         output.Empty(true);
     return eResult != UNPACK_FAILED;
 }

@@ -14,7 +14,7 @@ class IZLibFile
 {
 public:
     virtual ~IZLibFile() = default;
-    virtual int Read(void* pBuffer, int nBytes) = 0; // the bytes produced; 0 or less at the end or on an error
+    virtual int Read(void* pBuffer, int nBytes) = 0; // the bytes produced; 0 at the end, less on an error
 };
 
 // Both give the bytes written, or -1 if the input is bad or the output does not fit. A service that offers no work on
@@ -47,7 +47,8 @@ IZLib* CreateZLib(); // loads the tools library first; null without it
 
 // Unpacks gzip files (RFC 1952). Without the tools library every operation is false.
 //
-// A fault in the middle of the data ends it as the end of the file would: the result is what came so far, and true.
+// A fault in the middle of the data ends it as the end of the file would: the result is what came so far, and true. Who
+// needs the whole asks m_bDamaged.
 class CZLibHelper
 {
 public:
@@ -64,6 +65,7 @@ public:
     LyPtr<IZLib, IZLib> m_pZLib; // null without the tools library; then the others are, too
     LyPtr<IZLibBufferCompressor, IZLibBufferCompressor> m_pCompressor;
     LyPtr<IZLibBufferDecompressor, IZLibBufferDecompressor> m_pDecompressor;
+    bool m_bDamaged = false; // a fault has ended what the last operation unpacked
 
 private:
     IZLibFile* OpenFile(const wchar_t* pPath);

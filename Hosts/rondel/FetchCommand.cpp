@@ -50,7 +50,8 @@ std::string GetDefaultName(const std::string& strSource, bool bMayBeThere)
     if (strName.empty())
         throw HostError("it is not clear under which name to keep " + strSource +
                         ", which ends as a directory does; name a file with -o FILE.");
-    if (!bMayBeThere && std::filesystem::exists(strName))
+    std::error_code error;
+    if (!bMayBeThere && std::filesystem::exists(strName, error))
         throw HostError(strName + " is already there; name the file to write with -o FILE.");
     return strName;
 }

@@ -10,6 +10,7 @@
 #include "WAVInfo.h"
 #include "WavLayout.h"
 #include <algorithm>
+#include <climits>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
@@ -65,14 +66,17 @@ std::unique_ptr<ILyReader> OpenFile(const std::string& strFile, bool bWrite)
 bool Repair(const std::string& strFile)
 {
     const std::unique_ptr<ILyReader> pReader = OpenFile(strFile, true);
-    if (!ReadWavLayout(*pReader, strFile).HasProblem(WAV_PROBLEM_ROOT_SIZE))
+    const WAV_LAYOUT layout = ReadWavLayout(*pReader, strFile);
+    if (!layout.HasProblem(WAV_PROBLEM_ROOT_SIZE))
         return false;
+    if (layout.nFileBytes - CIFFChunk::HEADER_BYTES > UINT_MAX)
+        throw HostError("the root size of " + strFile +
+                        " cannot be mended, for the file is longer than the 4 GiB that it can tell; split it.");
     CWAVInfo info;
     (void)info.Open(pReader.get(), false, true); // also what does not open has a root to mend
     (void)info.FixBadRootChunkSize();
     if (ReadWavLayout(*pReader, strFile).HasProblem(WAV_PROBLEM_ROOT_SIZE))
-        throw HostError("the root size of " + strFile +
-                        " could not be mended; see that the file may be written and is shorter than 4 GiB.");
+        throw HostError("the root size of " + strFile + " could not be mended; see that the file may be written.");
     return true;
 }
 

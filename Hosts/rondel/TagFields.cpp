@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstring>
 #include <cwchar>
+#include <set>
 
 namespace
 {
@@ -128,11 +129,10 @@ std::string GetTagField(CID3v2Tag& tag, const std::string& strName)
 TAG_FIELDS CollectTagFields(CID3v2Tag& tag)
 {
     TAG_FIELDS fields;
+    std::set<std::string> aryNames; // beside the fields, since a tag may have user texts without number
     const auto add = [&](const std::string& strName, const std::string& strValue)
     {
-        const bool bNew =
-            std::none_of(fields.begin(), fields.end(), [&](const auto& field) { return field.first == strName; });
-        if (bNew && !strValue.empty())
+        if (!strValue.empty() && aryNames.insert(strName).second)
             fields.emplace_back(strName, strValue);
     };
     const wchar_t* pLast = L"";

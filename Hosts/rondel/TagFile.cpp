@@ -249,7 +249,8 @@ void TagFile::SaveWav(DescriptorReader& copy, const std::function<void(CID3v2Tag
             Fail("gets no tags, because an option says so: \"DoNotWriteTagsToFiles\" in \"Plugins\\Input\\WAV\" "
                  "('rondel options set' changes it)");
         edit(info.m_ID3v2Tag);
-        TagFileCopy::SaveTag(info, copy);
+        if (!TagFileCopy::SaveTag(info, copy) && copy.GetError() == 0)
+            Fail("gets no new tag, because there is not enough memory for it");
         nFrames = info.m_ID3v2Tag.m_aryFrames.GetSize();
     }
     TagFileCopy::CopyTrailer(m_Info, *m_pFile, copy);

@@ -46,13 +46,16 @@ void TagFileCopy::CopyChunks(CWAVInfo& info, DescriptorReader& from, DescriptorR
     Append(to, info, nUITS, from);
 }
 
-void TagFileCopy::SaveTag(CWAVInfo& info, DescriptorReader& copy)
+bool TagFileCopy::SaveTag(CWAVInfo& info, DescriptorReader& copy)
 {
+    const bool bHasFrames = info.m_ID3v2Tag.m_aryFrames.GetSize() > 0;
+    if (!bHasFrames && info.m_nID3ChunkIndex == CIFFInfo::NO_CHUNK)
+        info.m_ID3v2Tag.m_bDirty = false; // what came has gone again
     // It stands behind the tag, and is written again there.
     if (info.m_pUITSChunk != nullptr)
         info.m_pUITSChunk->m_bDirty = true;
-    (void)info.SaveMetadataChanges(info.m_ID3v2Tag.m_aryFrames.GetSize() == 0); // the copy knows of a failure
-    info.m_ID3v2Tag.m_bDirty = false;                                           // closing does not save again
+    const bool bSaved = info.SaveMetadataChanges(!bHasFrames);
+    info.m_ID3v2Tag.m_bDirty = false; // closing does not save again
     if (info.m_pUITSChunk != nullptr)
         info.m_pUITSChunk->m_bDirty = false;
     const char cPad = 0;
@@ -60,6 +63,7 @@ void TagFileCopy::SaveTag(CWAVInfo& info, DescriptorReader& copy)
     if ((nBytes & 1) != 0 && copy.Seek(nBytes, FROM_START) == nBytes)
         (void)copy.Write(&cPad, 1);
     (void)info.FixBadRootChunkSize(); // always true while the file is open
+    return bSaved && copy.GetError() == 0;
 }
 
 void TagFileCopy::CopyTrailer(CWAVInfo& info, DescriptorReader& from, DescriptorReader& to)

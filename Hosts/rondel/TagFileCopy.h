@@ -19,8 +19,9 @@ void CopyBytes(DescriptorReader& from, long long nPosition, long long nBytes, De
 // the end. So nothing has to move when the tag changes its length: a move would leave pad bytes out.
 void CopyChunks(CWAVInfo& info, DescriptorReader& from, DescriptorReader& to);
 
-// Saves the tag of info, which has the copy open; a tag without frames goes. The copy has an even length then.
-void SaveTag(CWAVInfo& info, DescriptorReader& copy);
+// Saves the tag of info, which has the copy open; a tag without frames goes. The copy has an even length then. False if
+// it could not be: the copy knows why, unless there was no memory.
+bool SaveTag(CWAVInfo& info, DescriptorReader& copy);
 
 // What stands behind the last chunk of the original and is none, to the end of the copy, and the root length.
 void CopyTrailer(CWAVInfo& info, DescriptorReader& from, DescriptorReader& to);

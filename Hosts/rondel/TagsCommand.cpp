@@ -6,10 +6,11 @@
 #include "TagFile.h"
 #include "TagsRequest.h"
 #include "TagsShow.h"
-#include <algorithm>
 #include <cstdio>
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <set>
+#include <string>
 
 namespace
 {
@@ -88,11 +89,13 @@ int Show(const TAGS_OPTIONS& options)
 // A name that nobody knows is often one that is misspelt.
 void NoteOwnNames(TagFile& file, const TAG_FIELDS& before, const TAG_FIELDS& after)
 {
+    std::set<std::string> aryKnown;
+    for (const auto& field : before)
+        aryKnown.insert(field.first);
     for (const auto& field : after)
     {
         const std::string& strName = field.first;
-        const auto IsSame = [&](const auto& old) { return old.first == strName; };
-        if (!IsTableField(strName) && std::none_of(before.begin(), before.end(), IsSame))
+        if (!aryKnown.contains(strName) && !IsTableField(strName))
             std::fprintf(stderr,
                          "rondel: note: %s: \"%s\" is no field that is known, and is kept as a text of its own.\n",
                          file.GetPath().c_str(), strName.c_str());

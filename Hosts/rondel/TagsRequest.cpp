@@ -78,9 +78,10 @@ TagsRequest::TagsRequest(const TAGS_SET_OPTIONS& options) : m_strJson(options.st
 
 void TagsRequest::ReadJson(const std::string& strPath)
 {
+    std::error_code error;
     std::ifstream file(strPath, std::ios::binary);
     std::ostringstream text;
-    if (!std::filesystem::is_regular_file(strPath) || !(text << file.rdbuf()))
+    if (!std::filesystem::is_regular_file(strPath, error) || !(text << file.rdbuf()))
         FailJson(strPath, "cannot be read");
     const json root = json::parse(text.str(), nullptr, false);
     if (root.is_discarded())

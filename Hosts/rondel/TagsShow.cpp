@@ -5,6 +5,7 @@
 #include <climits>
 #include <cstdio>
 #include <filesystem>
+#include <map>
 #include <nlohmann/json.hpp>
 
 namespace
@@ -90,13 +91,6 @@ void PrintFields(const char* pHeading, const TAG_FIELDS& fields)
         std::printf("  %-*s  %s\n", static_cast<int>(nWidth), OneLine(strName).c_str(), OneLine(strValue).c_str());
 }
 
-const std::string* Find(const TAG_FIELDS& fields, const std::string& strName)
-{
-    for (const auto& field : fields)
-        if (field.first == strName)
-            return &field.second;
-    return nullptr;
-}
 } // namespace
 
 void PrintTags(TagFile& file)
@@ -140,16 +134,18 @@ void PrintTagDifference(const std::string& strPath, const TAG_FIELDS& before, co
     std::printf("%s%s\n", OneLine(strPath).c_str(), before == after ? ": no change" : "");
     const auto print = [](char cMark, const std::string& strName, const std::string& strValue)
     { std::printf("  %c %s: %s\n", cMark, OneLine(strName).c_str(), OneLine(strValue).c_str()); };
+    const std::map<std::string, std::string> mapOld(before.begin(), before.end());
+    const std::map<std::string, std::string> mapNew(after.begin(), after.end());
     for (const auto& [strName, strValue] : before)
     {
-        const std::string* pNew = Find(after, strName);
-        if (pNew != nullptr && *pNew == strValue)
+        const auto pNew = mapNew.find(strName);
+        if (pNew != mapNew.end() && pNew->second == strValue)
             continue;
         print('-', strName, strValue);
-        if (pNew != nullptr)
-            print('+', strName, *pNew);
+        if (pNew != mapNew.end())
+            print('+', strName, pNew->second);
     }
     for (const auto& [strName, strValue] : after)
-        if (Find(before, strName) == nullptr)
+        if (!mapOld.contains(strName))
             print('+', strName, strValue);
 }

@@ -1,7 +1,5 @@
 #include "ID3v2FieldTable.h"
 #include "MP3Tag.h"
-#include <iterator>
-#include <vector>
 
 namespace
 {
@@ -188,23 +186,6 @@ constexpr ID3V2_FIELD_ROW s_Rows[] = {
     {"TXXX", L"AcoustID Fingerprint", L"Acoustid Fingerprint", WRITE, ANY},
 };
 
-// The rows with their texts, made once. What the tags hold are copies, which share the texts.
-std::vector<CID3v2Field> MakeFields()
-{
-    std::vector<CID3v2Field> aryFields;
-    aryFields.reserve(std::size(s_Rows));
-    for (const ID3V2_FIELD_ROW& row : s_Rows)
-        aryFields.emplace_back(row.pID, row.pName, row.pDescription, row.nFlags, row.nPictureType);
-    return aryFields;
-}
 } // namespace
 
 std::span<const ID3V2_FIELD_ROW> GetID3v2FieldRows() { return s_Rows; }
-
-void CID3v2Tag::AddTableFields()
-{
-    static const std::vector<CID3v2Field> s_Fields = MakeFields();
-    (void)m_mapFieldIndexes.SetHashSize(static_cast<int>(s_Fields.size()), true); // a map that is too small still works
-    for (const CID3v2Field& field : s_Fields)
-        AddField(new CID3v2Field(field));
-}

@@ -51,13 +51,7 @@ void CID3v2Tag::AddField(CID3v2Field* pField)
         delete pField; // no memory
         return;
     }
-    LyNumberArray<int>* pIndexes = nullptr;
-    if (!m_mapFieldIndexes.Lookup(pField->m_strName, pIndexes))
-    {
-        pIndexes = new LyNumberArray<int>;
-        (void)m_mapFieldIndexes.SetAt(pField->m_strName, pIndexes);
-    }
-    (void)pIndexes->Add(nIndex);
+    m_mapFieldIndexes.AddIndex(pField->m_strName, nIndex);
 }
 
 CID3v2Field* CID3v2Tag::FindField(const LyString& strName, int& nPos, bool bCreate, int nMask)

@@ -90,8 +90,11 @@ bool WriteRow(CID3v2Tag& tag, const CID3v2Field& row, const LyString& strNewValu
 }
 } // namespace
 
-bool CID3v2Tag::Set(const LyString& strName, const LyString& strValue)
+bool CID3v2Tag::Set(const LyString& strGivenName, const LyString& strGivenValue)
 {
+    // What is given may be a text of a frame that goes.
+    const LyString strName(strGivenName);   // NOLINT(performance-unnecessary-copy-initialization)
+    const LyString strValue(strGivenValue); // NOLINT(performance-unnecessary-copy-initialization)
     const LyString strOldValue = GetSimple(strName, 1);
     {
         LyPointerArray<CID3v2Field> aryFields;

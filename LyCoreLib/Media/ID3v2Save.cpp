@@ -11,6 +11,7 @@ namespace
 {
 constexpr int GROW_BYTES = LyBuffer::BYTE_WRITER_GROW_BYTES;
 constexpr unsigned char OLDEST_WRITTEN_VERSION = 3;
+constexpr int MANY_FRAMES = 1000; // more than a tag has that people make
 constexpr int DESCRIPTION_ORDER = LY_STRING_COMPARE_IGNORE_CASE | LY_STRING_COMPARE_STABLE;
 
 // What stands in front of what.
@@ -138,11 +139,18 @@ void CID3v2Tag::SetPodcastFields()
     (void)Set(L"!@#$% iTunes Podcast Date !@#$%", Value(L"Date"));
 }
 
-// A frame is compared with many others, and its row is looked for once.
+// A frame is compared with many others, and its row is looked for once. Frames without a row have no order that the
+// sort could use, and in a tag of very many of them it would compare each with each other. There they keep their order.
 void CID3v2Tag::SortFrames()
 {
-    for (CID3v2Frame* pFrame : m_aryFrames)
-        pFrame->m_nOrderRow = FindOrderRow(*pFrame);
+    const bool bMany = m_aryFrames.GetSize() > MANY_FRAMES;
+    for (int i = 0; i < m_aryFrames.GetSize(); ++i)
+    {
+        CID3v2Frame& frame = *m_aryFrames[i];
+        frame.m_nOrderRow = FindOrderRow(frame);
+        if (bMany && frame.m_nOrderRow < 0)
+            frame.m_nOrderRow = m_aryFields.GetSize() + i;
+    }
     m_bSorting = true;
     LyQSort<CID3v2Frame*> sort;
     sort.Sort(this, m_aryFrames.GetData(), static_cast<unsigned long>(m_aryFrames.GetSize()), false);

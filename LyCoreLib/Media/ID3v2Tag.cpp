@@ -20,7 +20,7 @@ int DecodeSyncSafe(const unsigned char* p)
 }
 } // namespace
 
-CID3v2Tag::CID3v2Tag() { AddTableFields(); }
+CID3v2Tag::CID3v2Tag() { AddSharedFields(); }
 
 bool CID3v2Tag::Empty()
 {

@@ -1,6 +1,7 @@
 // Texts of a frame: zero-terminated, in one of four encodings.
 
 #include "LyPtr.h"
+#include "LyUTF8Details.h"
 #include "MP3Tag.h"
 #include <algorithm>
 #include <cstring>
@@ -13,6 +14,7 @@ constexpr int GROW_BYTES = LyBuffer::BYTE_WRITER_GROW_BYTES;
 constexpr int UTF16_BYTES = 2;
 constexpr unsigned char UTF16_MARK[UTF16_BYTES] = {0xFF, 0xFE}; // little-endian
 constexpr wchar_t VALUE_DELIMITER[] = L"; ";
+constexpr int DELIMITER_CHARS = 2;
 
 // A copy of bytes with a zero unit behind them, aligned for units of that type. Short text needs no allocation.
 template <class UNIT>
@@ -83,6 +85,32 @@ void Convert(LyString& strOut, const PIECE& piece, int nEncoding)
     }
 }
 
+// The characters of the values from nPos on, each with its delimiter. Bytes that are no UTF-8 may be more.
+long long MeasureValues(const LyBuffer& buffer, int nPos, int nEncoding, int nUnitBytes)
+{
+    long long nChars = 0;
+    bool bInValue = false;
+    for (; nPos <= buffer.GetSize() - nUnitBytes; nPos += nUnitBytes)
+    {
+        const unsigned char* p = buffer.GetData() + nPos;
+        const bool bZero = p[0] == 0 && p[nUnitBytes - 1] == 0;
+        const bool bGoesOn = nEncoding == ID3V2_FRAME_TEXT_ENCODING_UTF8 && LyUTF8Details::IsContinuation(p[0]);
+        nChars += !bZero && !bInValue ? DELIMITER_CHARS : 0;
+        nChars += !bZero && !bGoesOn ? 1 : 0;
+        bInValue = !bZero;
+    }
+    return nChars;
+}
+
+// Room for nMore characters, so that a frame of many values does not lie in memory twice and more.
+void Reserve(LyString& str, long long nMore)
+{
+    const int nChars = str.GetLength();
+    if (nChars + nMore <= LyStringBuffer::MAX_CHARACTERS &&
+        str.GetBuffer(nChars + static_cast<int>(nMore), true, true) != nullptr)
+        str.ReleaseBuffer(nChars);
+}
+
 int FindTerminator(const LyBuffer& buffer, int nPos, int nUnitBytes)
 {
     if (nUnitBytes == UTF16_BYTES)
@@ -129,14 +157,20 @@ void AppendUTF16(LyBuffer& buffer, const LyString& strText)
 LyString CID3v2Tag::DecodeString(int nEncoding, const LyBuffer& buffer, int& nPos, bool bOnlyOne)
 {
     const bool bUTF16 = nEncoding == ID3V2_FRAME_TEXT_ENCODING_UTF16 || nEncoding == ID3V2_FRAME_TEXT_ENCODING_UTF16BE;
+    const int nUnitBytes = bUTF16 ? UTF16_BYTES : 1;
     LyString strResult;
     LyString strPiece;
+    bool bReserved = false;
     while (nPos >= 0 && nPos < buffer.GetSize())
     {
-        const PIECE piece = TakePiece(buffer, nPos, bUTF16 ? UTF16_BYTES : 1);
+        const PIECE piece = TakePiece(buffer, nPos, nUnitBytes);
         Convert(strResult.IsEmpty() ? strResult : strPiece, piece, nEncoding);
         if (!strPiece.IsEmpty())
         {
+            if (!bReserved)
+                Reserve(strResult,
+                        DELIMITER_CHARS + strPiece.GetLength() + MeasureValues(buffer, nPos, nEncoding, nUnitBytes));
+            bReserved = true;
             strResult += VALUE_DELIMITER;
             strResult += strPiece;
             strPiece.Empty();

@@ -61,8 +61,8 @@ bool MetadataSave::Run()
 {
     m_nWritePos = m_pReader->GetLength();
     // Also for a save of the UITS chunk alone: the frames get their order, and the podcast fields their values.
-    if (!m_bRemoval)
-        (void)m_Info.m_ID3v2Tag.SaveToBuffer(m_Tag, CID3v2Tag::MAX_PADDING_BYTES);
+    if (!m_bRemoval && !m_Info.m_ID3v2Tag.SaveToBuffer(m_Tag, CID3v2Tag::MAX_PADDING_BYTES))
+        return false; // no memory, and the file keeps the tag it has
     if (!m_bTagChange)
     {
         (void)RewriteUITS();

@@ -17,6 +17,8 @@
 #include "LyMap.h"
 #include "LyString.h"
 #include "PropertyMap.h"
+#include <memory>
+#include <new>
 
 // ID3v2.4.0-structure, 4: the first byte of a frame that holds text.
 enum ID3V2_FRAME_TEXT_ENCODINGS : int
@@ -158,13 +160,15 @@ private:
     int m_nOrderRow = -1; // the index of its row, as long as the tag sorts
 };
 
-// A row of the field table.
+// A row of the field table. Those that every tag has are shared by all tags: a row does not change once a tag has it.
 class CID3v2Field
 {
 public:
     static constexpr int ANY_PICTURE_TYPE = -1;
 
     CID3v2Field(const char* pID, const LyString& strName, const LyString& strDescription, int nFlags, int nPictureType);
+    // Ends a row that was made by new; a shared one stays (ID3v2SharedFields.cpp).
+    static void operator delete(CID3v2Field* pField, std::destroying_delete_t);
 
     bool HasFlag(ID3V2_FIELD_FLAGS eFlag) const { return (m_nFlags & eFlag) != 0; }
     bool PassesMask(int nMask) const { return nMask == ID3V2_FIELD_ANY_FLAGS || (m_nFlags & nMask) != 0; }
@@ -174,6 +178,22 @@ public:
     LyString m_strDescription; // what a frame of type 1 or 2 must hold as "Description", whatever the case
     int m_nFlags;              // ID3V2_FIELD_FLAGS
     int m_nPictureType;        // what a picture frame must hold as "Picture Type", or ANY_PICTURE_TYPE
+};
+
+// Field names, each with the indexes of its rows in row order. What every tag begins with is made in one piece, so that
+// a new tag costs little; the lists of indexes in it are shared by all tags, and only AddIndex may change a list.
+class CID3v2FieldIndexes : public LyOwnedPtrMap<LyString, const wchar_t*, LyNumberArray<int>, true>
+{
+public:
+    CID3v2FieldIndexes() = default;
+    ~CID3v2FieldIndexes() override;
+
+    void AddSharedIndexes(); // to an empty map: the indexes of the rows that every tag has
+    void AddIndex(const LyString& strName, int nIndex);
+    void DestroyBucket(BUCKET* pBucket, bool bFree) override;
+
+private:
+    std::unique_ptr<unsigned char[]> m_pSharedBuckets; // the buckets of those; null in an empty map
 };
 
 // What every tag answers. The order of the operations is their order in the virtual table, in which the destructor
@@ -248,8 +268,7 @@ public:
     static void EncodeString(int nEncoding, const LyString& strText, LyBuffer& buffer);
 
     LyOwnedPtrArray<CID3v2Field, false> m_aryFields;
-    LyOwnedPtrMap<LyString, const wchar_t*, LyNumberArray<int>, true>
-        m_mapFieldIndexes; // name to indexes, in row order
+    CID3v2FieldIndexes m_mapFieldIndexes; // name to indexes in m_aryFields
     bool m_bLoaded = false;
     bool m_bDirty = false;                            // frames changed since loading
     int m_nEncoding = ID3V2_FRAME_TEXT_ENCODING_UTF8; // nobody asks for it
@@ -259,7 +278,7 @@ public:
     LyOwnedPtrArray<CID3v2Frame, false> m_aryFrames; // in file order, until the next save
 
 private:
-    void AddTableFields(); // ID3v2FieldTable.cpp: the rows that every tag has
+    void AddSharedFields(); // ID3v2SharedFields.cpp: the rows that every tag has
     void SetPodcastFields();
     void SortFrames();
     int FindOrderRow(const CID3v2Frame& frame) const;

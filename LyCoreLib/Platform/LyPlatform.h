@@ -66,6 +66,10 @@ bool GetCPUID(unsigned int nLeaf, CPUID_REGISTERS& registers);
 // The path of the running program, UTF-8 with a terminator. False, and an empty text, if it does not fit.
 bool GetExecutablePath(char* pBuffer, int nBufferBytes);
 
+// Whether the descriptor is the only one that any process has of its file: nobody writes or reads it. False, too, where
+// the system does not tell, or not to this user.
+bool IsOpenedOnce(int nDescriptor);
+
 // The user's folder as the environment tells it (HOME), or null. Not to be freed.
 const char* GetHomeDirectory();
 } // namespace LyPlatform

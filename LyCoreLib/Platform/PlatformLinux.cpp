@@ -1,5 +1,6 @@
 #include "LyPlatform.h"
 
+#include <csignal>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -138,6 +139,16 @@ bool LyPlatform::GetExecutablePath(char* pBuffer, int nBufferBytes)
     bool bComplete = nBytes > 0 && nBytes < nBufferBytes;
     pBuffer[bComplete ? nBytes : 0] = 0;
     return bComplete;
+}
+
+// A write lease is granted only then (fcntl(2)). It is given back at once. Should somebody open the file in between,
+// the signal that tells of it is one that does nothing.
+bool LyPlatform::IsOpenedOnce(int nDescriptor)
+{
+    if (fcntl(nDescriptor, F_SETSIG, SIGURG) != 0 || fcntl(nDescriptor, F_SETLEASE, F_WRLCK) != 0)
+        return false;
+    (void)fcntl(nDescriptor, F_SETLEASE, F_UNLCK);
+    return true;
 }
 
 const char* LyPlatform::GetHomeDirectory() { return std::getenv("HOME"); }

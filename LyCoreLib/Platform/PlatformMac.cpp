@@ -161,6 +161,8 @@ bool LyPlatform::GetExecutablePath(char* pBuffer, int nBufferBytes)
     return bComplete;
 }
 
+bool LyPlatform::IsOpenedOnce(int) { return false; } // nothing tells
+
 const char* LyPlatform::GetHomeDirectory() { return std::getenv("HOME"); }
 
 double LyPlatform::GetProcessStartSeconds()

@@ -24,7 +24,7 @@ OffsetDrive::OffsetDrive(std::unique_ptr<ServiceDrive> pDrive, FIND_OFFSET findO
 {
 }
 
-OffsetDrive::OffsetDrive(std::unique_ptr<ServiceDrive> pDrive, READ_OFFSET offset)
+OffsetDrive::OffsetDrive(std::unique_ptr<ServiceDrive> pDrive, const READ_OFFSET& offset)
     : OffsetDrive(std::move(pDrive), [offset](const DRIVE_DESCRIPTION&) { return offset; })
 {
 }

@@ -45,7 +45,7 @@ public:
     using FIND_OFFSET = std::function<READ_OFFSET(const DRIVE_DESCRIPTION& description)>;
 
     OffsetDrive(std::unique_ptr<ServiceDrive> pDrive, FIND_OFFSET findOffset);
-    OffsetDrive(std::unique_ptr<ServiceDrive> pDrive, READ_OFFSET offset);
+    OffsetDrive(std::unique_ptr<ServiceDrive> pDrive, const READ_OFFSET& offset);
 
     bool Load(std::string& strError) override { return m_pDrive->Load(strError); }
     bool Acquire(std::string& strError) override;

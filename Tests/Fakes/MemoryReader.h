@@ -27,8 +27,9 @@ public:
     int Read(void* p, int nBytes) override
     {
         Note("Read ", nBytes);
+        m_aryReads.push_back(nBytes);
         const long long nThere = std::min(GetEnd(), m_nReadableEnd) - m_nPosition;
-        const int nRead = static_cast<int>(std::clamp<long long>(nThere, 0, std::max(nBytes, 0)));
+        const int nRead = static_cast<int>(std::clamp<long long>(nThere, 0, std::clamp(nBytes, 0, m_nMostPerRead)));
         if (nRead > 0)
             std::memcpy(p, m_strContent.data() + m_nPosition, static_cast<size_t>(nRead));
         m_nPosition += nRead;
@@ -85,9 +86,11 @@ public:
     bool m_bOpen = true;
     bool m_bStream = false;
     long long m_nReadableEnd = LLONG_MAX; // what is behind is not read
+    int m_nMostPerRead = INT_MAX;
     long long m_nWritableEnd = LLONG_MAX; // what is behind is not written
     long long m_nRefusedPosition = -1;    // to which no Seek goes
     int* m_pnDestroyed = nullptr;         // counts the ends of readers
+    std::vector<int> m_aryReads;          // bytes asked for
     bool m_bRecords = false;
     std::vector<std::string> m_aryCalls;
 

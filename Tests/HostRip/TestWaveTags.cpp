@@ -1,6 +1,7 @@
 // Tags in a WAV file that a rip has just made.
 
 #include "HostError.h"
+#include "KillAtEachCall.h"
 #include "LySharedToolsHelper.h"
 #include "Media/WavBytes.h"
 #include "ProcessInfo.h"
@@ -8,7 +9,9 @@
 #include "TagFile.h"
 #include "TempFolder.h"
 #include "WaveTags.h"
+#include <csignal>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 namespace
 {
@@ -78,4 +81,45 @@ TEST_F(WaveTags, WhatGoesWrongIsASentence)
     EXPECT_THROW(TagWaveFile(strPath, {{"Title", "X"}}, m_Folder.GetPath("none.jpg")), HostError);
     EXPECT_THROW(TagWaveFile(strPath, {{"Track", "x"}}, ""), HostError);
     EXPECT_EQ(m_strWav, Read(strPath));
+}
+
+// As a disk that is full: the tag does not fit, and nothing of it stays.
+TEST_F(WaveTags, APlaceThatTakesNoMoreLeavesTheFileAsItWas)
+{
+    const std::string strPath = m_Folder.Write("1.wav", m_strWav);
+    rlimit old{};
+    ASSERT_EQ(0, getrlimit(RLIMIT_FSIZE, &old));
+    (void)std::signal(SIGXFSZ, SIG_IGN);
+    for (const size_t nMore : {0U, 1U, 8U, 20U, 200U})
+    {
+        const rlimit less{m_strWav.size() + nMore, old.rlim_max};
+        ASSERT_EQ(0, setrlimit(RLIMIT_FSIZE, &less));
+        EXPECT_THROW(TagWaveFile(strPath, {{"Title", std::string(1000, 't')}}, ""), HostError) << nMore;
+        (void)setrlimit(RLIMIT_FSIZE, &old);
+        EXPECT_EQ(m_strWav, Read(strPath)) << nMore;
+    }
+}
+
+// Killed at any call: all the audio is there, and the root holds whole chunks only.
+TEST_F(WaveTags, AKillLeavesAWholeWavFile)
+{
+    const std::string strPath = m_Folder.GetPath("1.wav");
+    const std::string strImage = m_Folder.Write("cover", "\xFF\xD8\xFF\xE0" + std::string(100000, 'j'));
+    const std::string strTagged = m_Folder.Write("2.wav", m_strWav);
+    TagWaveFile(strTagged, {{"Title", "X"}}, strImage);
+    const std::string strNew = Read(strTagged);
+    const auto Check = [&](int nCall)
+    {
+        const std::string strNow = Read(strPath);
+        ASSERT_LE(m_strWav.size(), strNow.size()) << nCall;
+        EXPECT_EQ(m_strWav.substr(8), strNow.substr(8, m_strWav.size() - 8)) << nCall;
+        const bool bRootChanged = strNow.substr(0, 8) != m_strWav.substr(0, 8);
+        EXPECT_TRUE(!bRootChanged || strNow == strNew) << nCall;
+    };
+    const auto Prepare = [&] { (void)m_Folder.Write("1.wav", m_strWav); };
+    const int nCalls = KillAtEachCall([&] { TagWaveFile(strPath, {{"Title", "X"}}, strImage); }, Check, Prepare);
+    if (nCalls == KILL_NOT_ALLOWED)
+        GTEST_SKIP() << "nobody may trace a process here";
+    EXPECT_GT(nCalls, 10);
+    EXPECT_EQ(strNew, Read(strPath));
 }

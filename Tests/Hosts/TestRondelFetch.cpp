@@ -87,6 +87,12 @@ TEST_F(RondelFetch, TheNameIsTheLastPartOfTheAddressUnlessItIsTaken)
     ExpectSentence(HostProcess::Run({"fetch", "file:///"}), 1, {"directory", "file"});
 }
 
+TEST_F(RondelFetch, ANameThatIsTooLongForAFileIsASentence)
+{
+    const std::string strLong(300, 'x');
+    ExpectSentence(HostProcess::Run({"fetch", "http://127.0.0.1:1/" + strLong}), 1, {"too long", "-o"});
+}
+
 TEST_F(RondelFetch, AFolderIsRefusedAndNothingIsLeftBesideIt)
 {
     std::filesystem::create_directory(m_Folder.Get("dir"));
@@ -213,6 +219,48 @@ TEST_F(RondelFetchURL, WhatComesPackedUnaskedNeedsAFileAndTheWholeOfIt)
     EXPECT_EQ(1U, CountFiles());
 }
 
+// The server has the file packed, and gives it as it lies there.
+TEST_F(RondelFetchURL, WhatComesPackedAndDamagedIsAnErrorAndLeavesNothing)
+{
+    std::string strText;
+    for (int nLine = 0; strText.size() < 200000; ++nLine)
+        strText += std::to_string(nLine * 7919 % 10007) + " bottles\n";
+    (void)m_Folder.Write("page", strText);
+    ASSERT_EQ(0, RunHere("gzip -9 page").m_nExit);
+    const std::string strPacked = ReadWholeFile(Get("page.gz"));
+    std::filesystem::remove(m_Folder.Get("page.gz"));
+    const auto Flip = [&](size_t nByte)
+    {
+        std::string strDamaged = strPacked;
+        strDamaged[nByte] = static_cast<char>(strDamaged[nByte] ^ 0x20);
+        return strDamaged;
+    };
+    const std::pair<const char*, std::string> aryDamages[] = {
+        {"CutInTheMiddle", strPacked.substr(0, strPacked.size() / 2)},
+        {"CutInItsSum", strPacked.substr(0, strPacked.size() - 5)},
+        {"CutBehindItsHeader", strPacked.substr(0, 15)},
+        {"WrongByteInTheMiddle", Flip(strPacked.size() / 2)},
+        {"WrongSum", Flip(strPacked.size() - 8)},
+        {"WrongLength", Flip(strPacked.size() - 1)},
+        {"SecondMemberCut", strPacked + strPacked.substr(0, strPacked.size() / 3)},
+    };
+    const std::string strURL = m_Server.GetURL("/packed/page");
+    for (const auto& [pName, strDamaged] : aryDamages)
+    {
+        m_Server.Write("page.gz", strDamaged);
+        ExpectSentence(HostProcess::Run({"fetch", strURL, "-o", Get("t")}), 1, {"/packed/page", "damaged"});
+        EXPECT_EQ(1U, CountFiles()) << pName;
+        (void)m_Folder.Write("t", "what was there");
+        ExpectSentence(HostProcess::Run({"fetch", strURL, "-o", Get("t")}), 1, {"damaged"});
+        EXPECT_EQ("what was there", ReadWholeFile(Get("t"))) << pName;
+        EXPECT_EQ(2U, CountFiles()) << pName;
+        std::filesystem::remove(m_Folder.Get("t"));
+    }
+    m_Server.Write("page.gz", strPacked + strPacked);
+    EXPECT_EQ("", GetOutput({"fetch", strURL, "-o", Get("t")}));
+    EXPECT_TRUE(SameBytes(strText + strText, ReadWholeFile(Get("t"))));
+}
+
 TEST_F(RondelFetchURL, PartsComeWithAndWithoutRanges)
 {
     const std::string strContent = MakePattern(0, 1000000);
@@ -256,6 +304,40 @@ TEST_F(RondelFetchURL, IfNewerLeavesACurrentCopyAlone)
     EXPECT_EQ("hello\n", ReadWholeFile(Get("small.txt")));
     EXPECT_EQ(2U, CountFiles());
     ExpectSentence(HostProcess::Run({"fetch", strURL, "--if-newer", "-o", "-"}), 1, {"--if-newer", "-o FILE"});
+}
+
+// The server tells whole seconds, the file system parts of them. Within one second a copy is not older.
+TEST_F(RondelFetchURL, IfNewerTakesEqualSecondsForCurrent)
+{
+    const struct
+    {
+        const char* pServer;
+        const char* pCopy;
+        bool bCurrent;
+    } aryCases[] = {
+        {"2024-05-06 07:08:09", "2024-05-06 07:08:09", true},
+        {"2024-05-06 07:08:09.9", "2024-05-06 07:08:09.1", true},
+        {"2024-05-06 07:08:09.1", "2024-05-06 07:08:09.9", true},
+        {"2024-05-06 07:08:09", "2024-05-06 07:08:08.999", false},
+        {"2024-05-06 00:00:00.5", "2024-05-06 00:00:00", true}, // a midnight has a mark
+        {"2024-05-06 00:00:01", "2024-05-06 00:00:00.9", false},
+        {"2024-05-06 00:00:01", "2024-05-06 00:00:01", true},
+        {"2024-01-01 00:00:00", "2024-01-01 00:00:00", true}, // and so has the first day of a year
+        {"2024-01-01 00:00:00", "2023-12-31 23:59:59.9", false},
+    };
+    const std::string strServed = m_Server.GetFolder().GetPath("files/small.txt");
+    for (const char* pZone : {"UTC", "America/St_Johns", "Asia/Kathmandu"})
+        for (const auto& row : aryCases)
+        {
+            (void)m_Folder.Write("small.txt", "copied");
+            const std::string strTouch = std::string("touch -d '") + row.pServer + " UTC' '" + strServed +
+                                         "'; touch -d '" + row.pCopy + " UTC' small.txt; ";
+            const HOST_RESULT result = RunHere(strTouch + "export TZ=" + pZone + "; \"$RONDEL\" fetch --if-newer '" +
+                                               m_Server.GetURL("/files/small.txt") + "' -o small.txt");
+            EXPECT_EQ("", result.m_strErrors);
+            EXPECT_EQ(row.bCurrent ? "copied" : "hello\n", ReadWholeFile(Get("small.txt")))
+                << row.pServer << ", " << row.pCopy << ", " << pZone;
+        }
 }
 
 TEST_F(RondelFetchURL, HeadersGoToStandardError)

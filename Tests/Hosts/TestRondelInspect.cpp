@@ -232,3 +232,14 @@ TEST_F(RondelInspect, OtherProblemsStayAfterARepair)
     EXPECT_EQ("chunk_cut missing ", GetKinds(file));
     EXPECT_TRUE(SameBytes(WithRootSize(strCut, 292), ReadWholeFile(Get("a.wav"))));
 }
+
+// The size has 32 bits: what it would be cut to is no better than what is there.
+TEST_F(RondelInspect, AFileBeyond4GiBIsNotMended)
+{
+    const std::string strHead = WithRootSize(MakeRiff(MakeFormatChunk({})) + "data" + LittleEndian(0xFFFFFF00, 4), 77);
+    std::filesystem::resize_file(m_Folder.Write("a.wav", strHead), 0x100000100);
+    EXPECT_EQ("root_size ", GetKinds(Inspect("a.wav", 1)).substr(0, 10));
+    ExpectSentence(HostProcess::Run({"inspect", "--repair", Get("a.wav")}), 1, {"a.wav", "4 GiB"});
+    EXPECT_EQ(0, Here("head -c " + std::to_string(strHead.size()) + " a.wav >head").m_nExit);
+    EXPECT_TRUE(SameBytes(strHead, ReadWholeFile(Get("head"))));
+}

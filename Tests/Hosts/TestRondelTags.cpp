@@ -168,6 +168,14 @@ TEST_F(RondelTags, WithItsLastFieldATagGoes)
     EXPECT_TRUE(SameBytes(strMp3, Read("a.mp3")));
 }
 
+TEST_F(RondelTags, WhatComesAndGoesAtOnceMakesNoTag)
+{
+    const std::string strWav = MakeWav(MakeAudio(400));
+    (void)m_Folder.Write("a.wav", strWav);
+    (void)Tags("set a.wav Title=X --remove Title");
+    EXPECT_TRUE(SameBytes(strWav, Read("a.wav")));
+}
+
 TEST_F(RondelTags, ATextOfItsOwnIsKeptWithANote)
 {
     MakeMp3("a.mp3", 3);
@@ -262,6 +270,15 @@ TEST_F(RondelTags, AWrongCommandLineIsCodeTwo)
     ExpectSentence(Here("\"$RONDEL\" tags set a.mp3 =X"), 2, {"=X"});
     for (const char* pText : {"--remove", "--picture", "--from-json", "--dry-run"})
         EXPECT_NE(std::string::npos, Tags("set --help").find(pText)) << pText;
+}
+
+TEST_F(RondelTags, NamesThatNoFileCanHaveAreSentences)
+{
+    MakeMp3("a.mp3", 3);
+    const std::string strLong(300, 'x');
+    ExpectSentence(Here("\"$RONDEL\" tags set a.mp3 --from-json " + strLong), 1, {"JSON file", "cannot be read"});
+    ExpectSentence(Here("\"$RONDEL\" tags set a.mp3 --picture " + strLong), 1, {"picture"});
+    ExpectSentence(Here("\"$RONDEL\" tags " + strLong), 1, {"too long"});
 }
 
 TEST_F(RondelTags, AFileWithAnEqualsSignIsNamedWithItsFolder)

@@ -25,6 +25,19 @@ public:
     std::vector<bool> m_aryFlags;
 };
 
+// A loader of a caller's own, which counts what reaches it.
+class CountingLoader final : public CFileLoader
+{
+public:
+    bool CancelHelper_Cancel(bool bCancel) override
+    {
+        ++m_nCalls;
+        return CFileLoader::CancelHelper_Cancel(bCancel);
+    }
+
+    int m_nCalls = 0;
+};
+
 // Opens once.
 class Gate
 {
@@ -109,6 +122,14 @@ TEST_F(FileLoaderCancel, BothInterfacesLeadToIt)
     EXPECT_FALSE(m_Loader.m_Cancel.m_bCancelled);
     EXPECT_TRUE(CallSlot<bool>(static_cast<ICancelHelperCallback*>(&m_Loader), 0, true));
     EXPECT_TRUE(m_Loader.m_Cancel.m_bCancelled);
+}
+
+TEST_F(FileLoaderCancel, DerivedLoaderHearsOfItFirst)
+{
+    CountingLoader loader;
+    EXPECT_TRUE(static_cast<ICancelHelperCallback&>(loader).CancelHelper_Cancel(true));
+    EXPECT_EQ(loader.m_nCalls, 1);
+    EXPECT_TRUE(loader.m_Cancel.m_bCancelled);
 }
 
 TEST_F(FileLoaderCancel, OutsideRecordThatIsSetPreventsALoad)

@@ -1,4 +1,5 @@
-// Conditional loads, and content that comes packed. The zlib service is a fake: its files hold "gz:" and the content.
+// Conditional loads, and content that comes packed. The zlib service is a fake: its files hold "gz:" and the content,
+// or "gx:" and the content up to damage.
 
 #include "FileLoader.h"
 #include "IDateTimeHelper.h"
@@ -32,8 +33,8 @@ std::string Text(const LyBuffer& buffer)
 class FakeFile final : public IZLibFile
 {
 public:
-    FakeFile(std::string strContent, std::function<void()> onRead)
-        : m_strContent(std::move(strContent)), m_OnRead(std::move(onRead))
+    FakeFile(std::string strContent, int nEnd, std::function<void()> onRead)
+        : m_strContent(std::move(strContent)), m_nEnd(nEnd), m_OnRead(std::move(onRead))
     {
     }
     int Read(void* pBuffer, int nBytes) override
@@ -43,11 +44,12 @@ public:
         const size_t nGot = std::min(static_cast<size_t>(nBytes), m_strContent.size() - m_nPosition);
         std::memcpy(pBuffer, m_strContent.data() + m_nPosition, nGot);
         m_nPosition += nGot;
-        return static_cast<int>(nGot);
+        return nGot > 0 ? static_cast<int>(nGot) : m_nEnd;
     }
 
 private:
     std::string m_strContent;
+    int m_nEnd;
     std::function<void()> m_OnRead;
     size_t m_nPosition = 0;
 };
@@ -61,7 +63,10 @@ public:
     IZLibFile* OpenFile(const wchar_t* pPath) override
     {
         const std::string strContent = Read(LyStringUTF8(LyString(pPath)).Get());
-        return strContent.starts_with("gz:") ? new FakeFile(strContent.substr(3), m_OnRead) : nullptr;
+        const bool bDamaged = strContent.starts_with("gx:");
+        if (!bDamaged && !strContent.starts_with("gz:"))
+            return nullptr;
+        return new FakeFile(strContent.substr(3), bDamaged ? -1 : 0, m_OnRead);
     }
 
 private:
@@ -151,6 +156,27 @@ TEST_F(FileLoaderUnpack, ContentThatIsNotPackedFails)
     EXPECT_TRUE(GetTempIsEmpty());
 }
 
+// Deliberate: what came ahead of the damage counts, as the helper has it. The loader says so beside it.
+TEST_F(FileLoaderUnpack, DamageIsTold)
+{
+    m_Script.info[L"ContentEncoding"] = L"gzip";
+    m_Script.strContent = "gx:what came so far";
+    EXPECT_TRUE(Load());
+    EXPECT_EQ(Text(m_Buffer), "what came so far");
+    EXPECT_GE(m_Loader.m_strError.Find(URL), 0);
+    EXPECT_GE(m_Loader.m_strError.Find(L"damaged"), 0);
+    m_Script.strContent = "gz:whole";
+    EXPECT_TRUE(Load());
+    EXPECT_STREQ(m_Loader.m_strError, L"") << "that was another load";
+
+    const std::string strTarget = m_Folder.Write("target.bin", "gx:in the file"); // as the output reader wrote it
+    bool bOpened = true;
+    EXPECT_TRUE(m_Loader.LoadInternal(LyFilename(URL), nullptr, &m_Output, LyFilename(m_Folder.GetName(L"target.bin")),
+                                      bOpened, LyDateTime()));
+    EXPECT_EQ(Read(strTarget), "in the file");
+    EXPECT_GE(m_Loader.m_strError.Find(L"damaged"), 0);
+}
+
 TEST_F(FileLoaderUnpack, MissingServicesFail)
 {
     m_Script.info[L"ContentEncoding"] = L"gzip";
@@ -206,6 +232,9 @@ const DATE_CASE s_aryDateCases[] = {
     {"SameDate", 40000.5, L"Last-Modified: 40000.5\r\n", 10, true},
     {"NewerCopy", 40001.0, L"Last-Modified: 40000.5\r\n", 10, true},
     {"OlderCopy", 40000.4, L"Last-Modified: 40000.5\r\n", 10, false},
+    {"SameSecondWithinRounding", 40000.5 - 1e-11, L"Last-Modified: 40000.5\r\n", 10, true},
+    {"MidnightAgainstItsMark", 40000.0, L"Last-Modified: 40000.0000023148148\r\n", 10, true},
+    {"OlderByASecond", 40000.5 - 1 / 86400.0, L"Last-Modified: 40000.5\r\n", 10, false},
     {"OtherLength", 40001.0, L"Last-Modified: 40000.5\r\n", 9, false},
     {"NoCopy", 40001.0, L"Last-Modified: 40000.5\r\n", -1, false},
     {"NoDateOfTheCopy", 0.0, L"Last-Modified: 40000.5\r\n", 10, false},

@@ -2,9 +2,14 @@
 
 #include "LyBuffer.h"
 #include "LyString.h"
+#include "LyStringBase64Details.h"
 #include "StringTestSupport.h"
+#include <algorithm>
 #include <gtest/gtest.h>
+#include <iterator>
+#include <random>
 #include <string>
+#include <vector>
 
 namespace
 {
@@ -35,6 +40,49 @@ std::string DecodeHex(const wchar_t* p)
     bool bAny = LyString(p).HexDigitsToBinary(buffer);
     EXPECT_EQ(bAny, buffer.GetSize() > 0);
     return BytesOf(buffer);
+}
+
+// Both ways once more, one character at a time.
+std::wstring EncodePlainly(const std::string& strBytes)
+{
+    static const wchar_t aryAlphabet[] = L"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::wstring str;
+    for (size_t nBit = 0, nChar = 0; nBit < strBytes.size() * 8; nBit += 6, ++nChar)
+    {
+        unsigned int nDigit = 0;
+        for (size_t n = nBit; n < nBit + 6; ++n)
+            nDigit = nDigit << 1 | (n / 8 < strBytes.size() ? strBytes[n / 8] >> (7 - n % 8) & 1 : 0);
+        if (nChar % 64 == 0 && nChar > 0)
+            str += L'\n';
+        str += aryAlphabet[nDigit];
+    }
+    return str.append((3 - strBytes.size() % 3) % 3, L'=');
+}
+
+std::string DecodePlainly(const std::wstring& strText)
+{
+    static const std::wstring strAlphabet = L"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::vector<unsigned int> aryDigits;
+    size_t nSurplus = 0;
+    for (const wchar_t c : strText)
+    {
+        if (c == L'\r' || c == L'\n')
+            continue;
+        const size_t nDigit = strAlphabet.find(c);
+        aryDigits.push_back(nDigit == std::wstring::npos ? 0 : static_cast<unsigned int>(nDigit));
+        nSurplus += c == L'=';
+    }
+    for (; aryDigits.size() % 4 != 0; ++nSurplus)
+        aryDigits.push_back(0);
+    std::string strBytes;
+    for (size_t n = 0; n < aryDigits.size(); n += 4)
+    {
+        const unsigned int nGroup =
+            aryDigits[n] << 18 | aryDigits[n + 1] << 12 | aryDigits[n + 2] << 6 | aryDigits[n + 3];
+        for (int nShift = 16; nShift >= 0; nShift -= 8)
+            strBytes += static_cast<char>(nGroup >> nShift & 255);
+    }
+    return strBytes.substr(0, strBytes.size() - std::min(nSurplus, strBytes.size()));
 }
 } // namespace
 
@@ -118,6 +166,58 @@ TEST(LyStringToBinary, EveryLengthComesBack)
         str.FromBinary(strBytes.data(), static_cast<int>(strBytes.size()));
         ASSERT_EQ(Decode(str), strBytes) << i;
         strBytes += static_cast<char>(i * 7);
+    }
+}
+
+TEST(LyStringFromBinary, SaysTheSameAsOneDigitAtATime)
+{
+    std::minstd_rand random(1);
+    std::string strBytes;
+    for (int i = 0; i < 700; ++i)
+    {
+        ASSERT_EQ(Encode(strBytes), EncodePlainly(strBytes)) << i;
+        strBytes += static_cast<char>(random() >> 9);
+    }
+}
+
+// Each byte at each place, in lines of which nothing more than their bytes is there.
+TEST(LyStringFromBinary, BothWaysToALineGiveTheSame)
+{
+    using namespace LyStringBase64Details;
+    const ENCODE_LINE pVectorEncodeLine = GetVectorEncodeLine();
+    if (pVectorEncodeLine == nullptr)
+        GTEST_SKIP() << "this machine has one way";
+    std::minstd_rand random(3);
+    for (int i = 0; i < 256 * LINE_BYTES; ++i)
+    {
+        std::vector<unsigned char> aryLine(LINE_BYTES);
+        for (unsigned char& c : aryLine)
+            c = static_cast<unsigned char>(random() >> 9);
+        aryLine[static_cast<size_t>(i % LINE_BYTES)] = static_cast<unsigned char>(i / LINE_BYTES);
+        std::vector<wchar_t> aryPlain(LINE_CHARS), aryVector(LINE_CHARS);
+        EncodeLine(aryPlain.data(), aryLine.data());
+        pVectorEncodeLine(aryVector.data(), aryLine.data());
+        ASSERT_EQ(aryPlain, aryVector) << i;
+    }
+}
+
+// Texts as they come, with line ends, padding and foreign characters at every place of a group.
+TEST(LyStringToBinary, SaysTheSameAsOneCharacterAtATime)
+{
+    static const wchar_t aryOthers[] = L"\r\n=\n\r= *\x100\x141\xFFFF\n\n";
+    std::minstd_rand random(7);
+    for (int i = 0; i < 3000; ++i)
+    {
+        const size_t nChars = random() % 200;
+        const unsigned int nOneIn = 2U + static_cast<unsigned int>(random() % 60);
+        std::wstring strText;
+        while (strText.size() < nChars)
+        {
+            const std::wstring strDigits = EncodePlainly(std::string(3, static_cast<char>(random() >> 8)));
+            strText +=
+                random() % nOneIn == 0 ? aryOthers[random() % (std::size(aryOthers) - 1)] : strDigits[random() % 4];
+        }
+        ASSERT_EQ(Decode(strText.c_str()), DecodePlainly(strText)) << i;
     }
 }
 

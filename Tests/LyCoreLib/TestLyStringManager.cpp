@@ -17,7 +17,31 @@ struct EARLY
     bool m_bManager;
 };
 __attribute__((init_priority(101))) EARLY s_Early;
+
+// A manager of a caller's own, which counts what comes back to it.
+class CountingManager final : public LyStringGlobals
+{
+public:
+    void Delete(LyStringBuffer* pBlock) override
+    {
+        ++m_nDeleted;
+        LyStringGlobals::Delete(pBlock);
+    }
+
+    int m_nDeleted = 0;
+};
 } // namespace
+
+TEST(LyStringGlobals, DerivedManagerTakesItsOwnBlocksBack)
+{
+    CountingManager manager;
+    wchar_t* p = manager.NewLyStringBuffer(L"far", -1, -1, false, false, true);
+    ILyStringManager* pOwner = BlockOfCharacters(p)->manager;
+    ASSERT_EQ(pOwner, &manager);
+    pOwner->Delete(BlockOfCharacters(p));
+    EXPECT_EQ(manager.m_nDeleted, 1);
+    EXPECT_EQ(manager.GetSlotCount(), 1);
+}
 
 TEST(LyStringBuffer, HasThePublishedLayout)
 {

@@ -221,15 +221,27 @@ TEST_F(ZLibHelper, CancelLeavesTheDestination)
     EXPECT_FALSE(Exists("a.tmp"));
 }
 
-TEST_F(ZLibHelper, FaultInTheDataEndsItAsTheEndDoes)
+TEST_F(ZLibHelper, FaultInTheDataEndsItAsTheEndDoesAndIsRemembered)
 {
+    CZLibHelper helper;
+    EXPECT_FALSE(helper.m_bDamaged);
     m_Script.strContent = "what came so far";
     m_Script.nEnd = -1;
-    EXPECT_TRUE(CZLibHelper().DecompressFile(m_Folder.GetName(L"a.gz"), m_Folder.GetName(L"a"), nullptr));
+    EXPECT_TRUE(helper.DecompressFile(m_Folder.GetName(L"a.gz"), m_Folder.GetName(L"a"), nullptr));
     EXPECT_EQ(Read("a"), "what came so far");
+    EXPECT_TRUE(helper.m_bDamaged);
     LyBuffer buffer;
-    EXPECT_TRUE(CZLibHelper().DecompressFileToBuffer(m_Folder.GetName(L"a.gz"), buffer, nullptr));
+    EXPECT_TRUE(helper.DecompressFileToBuffer(m_Folder.GetName(L"a.gz"), buffer, nullptr));
     EXPECT_EQ(buffer.GetSize(), 16);
+    EXPECT_TRUE(helper.m_bDamaged);
+    m_Script.nEnd = 0;
+    EXPECT_TRUE(helper.DecompressFileToBuffer(m_Folder.GetName(L"a.gz"), buffer, nullptr));
+    EXPECT_FALSE(helper.m_bDamaged) << "each operation tells of itself";
+    m_Script.nEnd = -1;
+    EXPECT_TRUE(helper.DecompressFileToBuffer(m_Folder.GetName(L"a.gz"), buffer, nullptr));
+    m_Script.bOpens = false;
+    EXPECT_FALSE(helper.DecompressFile(m_Folder.GetName(L"a.gz"), m_Folder.GetName(L"a"), nullptr));
+    EXPECT_FALSE(helper.m_bDamaged) << "nothing was unpacked";
 }
 
 TEST_F(ZLibHelper, ReplacementThatFailsLeavesNoTemporaryFile)

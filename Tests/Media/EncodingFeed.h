@@ -7,7 +7,8 @@
 #include "EncoderHelper.h"
 #include "LyCoreLib/StandInTools.h"
 #include "LyThread.h"
-#include "Media/WavReader.h"
+#include "Media/WavBytes.h"
+#include "MemoryReader.h"
 #include <gtest/gtest.h>
 #include <mutex>
 #include <string>
@@ -101,14 +102,15 @@ protected:
     // A feed of that file, set up as a client does it. It opens where bOpens says so.
     CEncoderPluginFileBasedEncodingEmulator& Make(const std::string& strWav, bool bOpens = true)
     {
-        m_Wav.strContent = strWav;
+        m_pReader = new MemoryReader(strWav);
+        m_pReader->m_pnDestroyed = &m_nDestroyed;
         auto* pFeed = new CEncoderPluginFileBasedEncodingEmulator;
         m_Plugin.m_pEmulator.Set(pFeed, true, false);
         pFeed->m_pPlugin = &m_Plugin;
         pFeed->m_pCallback = &m_Callback;
-        pFeed->m_pFileReader.Set(new WavReader(m_Wav), true, false);
+        pFeed->m_pFileReader.Set(m_pReader, true, false);
         EXPECT_EQ(bOpens, pFeed->m_WAVInfo.Open(pFeed->m_pFileReader.Get(), false, true) == 0);
-        m_Wav.aryReads.clear();
+        m_pReader->m_aryReads.clear();
         return *pFeed;
     }
     // Lets it run to its end, then delivers what it has posted.
@@ -125,6 +127,7 @@ protected:
     MessageQueue m_Messages;
     FakeEncoder m_Fake; // outlives the plug-in
     FeedCallback m_Callback;
-    WAV_IN_MEMORY m_Wav;
+    MemoryReader* m_pReader = nullptr; // the feed's
+    int m_nDestroyed = 0;              // readers of feeds
     CEncoderPlugin m_Plugin;
 };

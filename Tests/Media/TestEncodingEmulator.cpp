@@ -46,7 +46,7 @@ TEST_F(EncodingFeedTest, AFileGoesToTheEncoderInQuartersOfASecond)
     // Blocks of 4 bytes: 11025, 22050 and 33075 of 34075.
     EXPECT_EQ((POSTS{{2, 32}, {2, 64}, {2, 97}, {2, 100}, {1, 1}}), m_Messages.GetPosts());
     EXPECT_EQ("32 64 97 100 finished", m_Callback.m_strEvents);
-    EXPECT_EQ(m_Fake.m_aryPieces, m_Wav.aryReads) << "nothing is read twice";
+    EXPECT_EQ(m_Fake.m_aryPieces, m_pReader->m_aryReads) << "nothing is read twice";
 }
 
 namespace
@@ -135,8 +135,9 @@ TEST_F(EncodingFeedTest, AnEndThatFailsIsAnErrorThoughAllWasSent)
 
 TEST_F(EncodingFeedTest, AReadErrorEndsTheFeed)
 {
-    m_Wav.nFailFrom = 44 + 44100;
-    Run(Make(MakeWav(MakeAudio(100000))));
+    FEED& feed = Make(MakeWav(MakeAudio(100000)));
+    m_pReader->m_nReadableEnd = 44 + 44100;
+    Run(feed);
     EXPECT_EQ((std::vector<int>{44100}), m_Fake.m_aryPieces);
     EXPECT_EQ((POSTS{{2, 44}, {1, 0}}), m_Messages.GetPosts());
     EXPECT_EQ("44 error-1 finished", m_Callback.m_strEvents);
@@ -152,7 +153,7 @@ TEST_F(EncodingFeedTest, AFeedThatHasNoOpenFileFails)
 TEST_F(EncodingFeedTest, ShortReadsMoveOnByWholeBlocks)
 {
     FEED& feed = Make(MakeWav(MakeAudio(100)));
-    m_Wav.nMostPerRead = 42; // ten blocks, and a half
+    m_pReader->m_nMostPerRead = 42; // ten blocks, and a half
     Run(feed);
     const std::string strAudio = MakeAudio(100);
     EXPECT_EQ((std::vector<int>{42, 42, 20}), m_Fake.m_aryPieces);
@@ -163,7 +164,7 @@ TEST_F(EncodingFeedTest, ShortReadsMoveOnByWholeBlocks)
 TEST_F(EncodingFeedTest, ReadsOfLessThanABlockEndTheFeed)
 {
     FEED& feed = Make(MakeWav(MakeAudio(100)));
-    m_Wav.nMostPerRead = 3;
+    m_pReader->m_nMostPerRead = 3;
     Run(feed);
     EXPECT_EQ((POSTS{{1, 0}}), m_Messages.GetPosts());
 }

@@ -51,7 +51,7 @@ TEST_F(EncodingFeedTest, StopCancelsTheFeedWaitsForItAndTellsWhatItHadToTell)
     EXPECT_EQ((POSTS{{2, 5}, {1, 0}}), m_Messages.GetPosts());
     EXPECT_EQ("5 error-1 finished", m_Callback.m_strEvents);
     EXPECT_EQ("Finish", slow.GetEvents()) << "the encoder's own Stop is not called";
-    EXPECT_EQ(1, m_Wav.nDestroyed);
+    EXPECT_EQ(1, m_nDestroyed);
     m_Plugin.Close();
 }
 
@@ -61,7 +61,7 @@ TEST_F(EncodingFeedTest, AFeedThatWasNeverStartedGoesQuietly)
     m_Plugin.Stop();
     EXPECT_EQ("", m_Callback.m_strEvents);
     EXPECT_EQ("", m_Fake.GetEvents());
-    EXPECT_EQ(1, m_Wav.nDestroyed);
+    EXPECT_EQ(1, m_nDestroyed);
 }
 
 TEST_F(EncodingFeedTest, TheCallbackMayDestroyTheFeed)
@@ -74,7 +74,7 @@ TEST_F(EncodingFeedTest, TheCallbackMayDestroyTheFeed)
     feed.PumpMainThreadMessages();
     EXPECT_EQ("100 error-1 finished", m_Callback.m_strEvents);
     EXPECT_EQ(nullptr, m_Plugin.m_pEmulator.Get());
-    EXPECT_EQ(1, m_Wav.nDestroyed);
+    EXPECT_EQ(1, m_nDestroyed);
 }
 
 TEST_F(EncodingFeedTest, TheSameObjectFeedsAgain)
@@ -93,8 +93,6 @@ TEST(EncodingEmulator, WithoutMessageManagerNothingIsTold)
 {
     FakeEncoder fake;
     FeedCallback callback;
-    WAV_IN_MEMORY wav;
-    wav.strContent = MakeWav(MakeAudio(4000));
     CEncoderPlugin plugin;
     plugin.m_strLibrary = FakeEncoder::GetLibrary();
     plugin.m_strSettings = L"-8";
@@ -104,7 +102,7 @@ TEST(EncodingEmulator, WithoutMessageManagerNothingIsTold)
         FEED feed;
         feed.m_pPlugin = &plugin;
         feed.m_pCallback = &callback;
-        feed.m_pFileReader.Set(new WavReader(wav), true, false);
+        feed.m_pFileReader.Set(new MemoryReader(MakeWav(MakeAudio(4000))), true, false);
         ASSERT_EQ(0, feed.m_WAVInfo.Open(feed.m_pFileReader.Get(), false, true));
         ASSERT_TRUE(feed.Start());
         feed.WaitUntilFinished();

@@ -255,3 +255,13 @@ TEST(ID3v2FieldsSet, AListReadsAsItWasSet)
     EXPECT_TRUE(tag.Set(L"Artist", tag.GetSimple(L"Artist")));
     EXPECT_EQ(FramesOf(tag), "TPE1:" + Latin1("One", "Two") + Bytes("Three\0"));
 }
+
+TEST(ID3v2FieldsSet, ATextOfTheFrameThatGoesMayBeGiven)
+{
+    CID3v2Tag tag;
+    LoadTag(tag, 3, {{"TIT2", Latin1("A name as long as it takes")}});
+    const LyString* pValue = tag.m_aryFrames[0]->m_Properties.m_pProperties->FindValue(L"Value");
+    ASSERT_NE(pValue, nullptr);
+    EXPECT_TRUE(tag.Set(L"Name", *pValue));
+    EXPECT_EQ(ValueOf(tag, L"Name"), L"A name as long as it takes");
+}

@@ -94,7 +94,7 @@ TEST(ID3v2LoadFrames, AreAlwaysLoadedFromAPositionToTheEnd)
 TEST(ID3v2LoadFrames, AnOpaqueFrameIsKept)
 {
     CID3v2Tag tag;
-    ASSERT_TRUE(Load(tag, Tag(3, Frame23("UFID", "owner\0id") + Frame23("X?9Z", "what") + s_strTitle)));
+    ASSERT_TRUE(Load(tag, Tag(3, Frame23("UFID", std::string("owner\0id", 8)) + Frame23("X?9Z", "what") + s_strTitle)));
     ASSERT_EQ(IDs(tag), "UFID X?9Z TIT2");
     EXPECT_EQ(Content(tag.m_aryFrames[1]->m_Data), "what");
     EXPECT_EQ(tag.m_aryFrames[1]->m_Properties.m_pProperties, nullptr);

@@ -338,6 +338,33 @@ TEST(ID3v2SaveOrder, ManyFramesWithoutARowAllStay)
     EXPECT_EQ(std::count(arySeen.begin(), arySeen.end(), true), 500);
 }
 
+// A hostile tag must not take for ever to save.
+TEST(ID3v2SaveOrder, VeryManyFramesWithoutARowAreNotComparedEachWithEachOther)
+{
+    class CountingTag : public CID3v2Tag
+    {
+    public:
+        int LyQSort_Compare(CID3v2Frame** ppFirst, CID3v2Frame** ppSecond) override
+        {
+            ++m_nCompared;
+            return CID3v2Tag::LyQSort_Compare(ppFirst, ppSecond);
+        }
+        long long m_nCompared = 0;
+    };
+    constexpr int FRAMES = 5000;
+    for (const char* pID : {"GEOB", "TZZ9", "TXXX", "TIT2"})
+    {
+        CountingTag tag;
+        for (int i = 0; i < FRAMES; ++i)
+            tag.m_aryFrames.Add(MakeFrame(pID, Bytes("\0d\0") + std::to_string(i)));
+        (void)Save(tag);
+        EXPECT_LT(tag.m_nCompared, 40 * FRAMES) << pID;
+        EXPECT_EQ(tag.m_aryFrames.GetSize(), FRAMES);
+        for (int i = 0; i < FRAMES && pID[1] != 'I'; ++i)
+            ASSERT_EQ(Content(tag.m_aryFrames[i]->m_Data), Bytes("\0d\0") + std::to_string(i)) << "in their order";
+    }
+}
+
 // ---- Podcast fields
 
 namespace

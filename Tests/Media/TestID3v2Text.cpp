@@ -75,6 +75,41 @@ TEST_P(ID3v2DecodeString, GivesTheTextAndStopsBehindIt)
 INSTANTIATE_TEST_SUITE_P(All, ID3v2DecodeString, testing::ValuesIn(s_aryDecode),
                          [](const auto& row) { return std::string(row.param.pName); });
 
+TEST(ID3v2DecodeStringLimits, ManyValuesAreJoinedWhateverTheirEncoding)
+{
+    constexpr int VALUES = 20000;
+    const struct
+    {
+        int nEncoding;
+        std::string strValue;
+        const wchar_t* pText;
+    } aryCases[] = {
+        {0, Bytes("a\0"), L"a"},
+        {0, Bytes("\0\0ab\0\0\0"), L"ab"},
+        {1,
+         Bytes("\xFF\xFE"
+               "a\0\0\0"),
+         L"a"},
+        {2, Bytes("\0a\0b\0\0"), L"ab"},
+        {3, Bytes("\xE2\x82\xAC\0"), L"\u20AC"},
+        {3, Bytes("\x80\x80\0"), L"\x80\x80"}, // no UTF-8: as many characters as bytes
+    };
+    for (const auto& row : aryCases)
+    {
+        std::string strBytes;
+        std::wstring strText;
+        for (int i = 0; i < VALUES; ++i)
+        {
+            strBytes += row.strValue;
+            strText += (i > 0 ? L"; " : L"") + std::wstring(row.pText);
+        }
+        int nPos = 0;
+        const LyString strResult = CID3v2Tag::DecodeString(row.nEncoding, Buffer(strBytes), nPos, false);
+        EXPECT_TRUE(strText == static_cast<const wchar_t*>(strResult)) << row.nEncoding;
+        EXPECT_EQ(nPos, static_cast<int>(strBytes.size()));
+    }
+}
+
 TEST(ID3v2DecodeStringLimits, APositionOutsideTheBufferIsEmptyAndStays)
 {
     for (const int nStart : {-1, INT_MIN, 4, 5, INT_MAX})

@@ -60,7 +60,7 @@ TEST_F(TagsTest, AFieldComesFromTheTag)
 TEST_F(TagsTest, AFieldThatTheTagDoesNotHaveComesFromTheList)
 {
     Open(Chunk("id3 ", Tag(TextFrame("TIT2", "Of the tag"))) +
-         InfoList(InfoItem("INAM", "Of the list\0") + InfoItem("IART", std::string("Artist\0\0", 8))));
+         InfoList(InfoItem("INAM", std::string("Of the list\0", 12)) + InfoItem("IART", std::string("Artist\0\0", 8))));
     EXPECT_STREQ(L"Of the tag", Get(L"Name"));
     EXPECT_STREQ(L"Artist", Get(L"Artist"));
     EXPECT_TRUE(m_bGot);

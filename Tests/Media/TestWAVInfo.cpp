@@ -105,7 +105,7 @@ TEST_F(WAVInfoTest, OpensOrIsRefused)
     const OPEN_CASE aryCases[] = {
         {"plain", Plain(), true, true, 0},
         {"nothing", "", true, true, -1},
-        {"eight bytes", "RIFF\4\0\0\0", true, true, -1},
+        {"eight bytes", std::string("RIFF\4\0\0\0", 8), true, true, -1},
         {"no chunks", Riff(""), true, true, -1},
         {"RF64", "RF64" + Plain().substr(4), false, true, -1},
         {"RIFX", "RIFX" + Plain().substr(4), false, true, -1},

@@ -112,7 +112,7 @@ TEST_F(WAVInfoListTest, EndsWhereItDoesNotFit)
         {"in lower case", "info" + strItem, false, 0},
         {"the type alone", "INFO", true, 0},
         {"a whole item", "INFO" + strItem, true, 1},
-        {"seven bytes more", "INFO" + strItem + "INAM\0\0\0", true, 1},
+        {"seven bytes more", "INFO" + strItem + std::string("INAM\0\0\0", 7), true, 1},
         {"an item that is too long", "INFO" + strItem + "INAM" + Number(2) + "x", true, 1},
         {"an odd item without its pad byte", "INFO" + strItem + "INAM" + Number(3) + "abc", true, 1},
         {"the same with it", "INFO" + strItem + "INAM" + Number(3) + Terminated("abc"), true, 2},

@@ -3,6 +3,7 @@
 #include "MemoryReader.h"
 #include "WaveFiles.h"
 #include "WAVInfo.h"
+#include <cstring>
 #include <gtest/gtest.h>
 #include <memory>
 
@@ -365,6 +366,24 @@ TEST_F(SaveTest, ATagThatCannotBeWrittenIsTold)
 }
 
 // ---- Saving twice
+
+// Four bodies of which no byte is ever touched, and which together are longer than a buffer can be.
+TEST_F(SaveTest, ATagForWhichThereIsNoMemoryLeavesTheFileAsItIs)
+{
+    Open(TagChunk(TextFrame("TIT2", "Title")) + Chunk("UITS", "ab"));
+    for (int i = 0; i < 4; ++i)
+    {
+        auto pFrame = std::make_unique<CID3v2Frame>();
+        std::memcpy(pFrame->m_Header.m_ID, "GEOB", 4);
+        ASSERT_NE(nullptr, pFrame->m_Data.GetAppendBlock(0x28000000));
+        (void)m_pInfo->m_ID3v2Tag.m_aryFrames.Add(pFrame.release());
+    }
+    m_pInfo->m_ID3v2Tag.m_bDirty = true;
+    EXPECT_FALSE(Save());
+    EXPECT_EQ(m_strFile, GetFile());
+    EXPECT_TRUE(Save(true)) << "a removal makes no tag";
+    EXPECT_EQ("fmt dataUITS", Names(GetFile()));
+}
 
 TEST_F(SaveTest, WhatMadeASaveNecessaryIsNotClearedByIt)
 {

@@ -16,7 +16,7 @@ TEST(LetterImages, TheyStandInTheOptionsOfTheDiscService)
     EXPECT_EQ("/music/a.cue", images[0]);
     EXPECT_EQ("/music/b,.cue", images[4]);
     EXPECT_EQ(std::filesystem::current_path().string() + "/z.cue", images[25]);
-    for (const size_t nOther : {1, 2, 3, 5, 24})
+    for (const size_t nOther : {1U, 2U, 3U, 5U, 24U})
         EXPECT_EQ("", images[nOther]);
     EXPECT_EQ(1, tools->GetCount(FAKE_COUNT_OPTIONS_CREATED));
     EXPECT_EQ(1, tools->GetCount(FAKE_COUNT_OPTIONS_DESTROYED));

@@ -87,7 +87,7 @@ TEST(HttpHeaders, FoldedLinesBecomeOne)
 
 TEST(HttpHeaders, ControlCharactersBecomeBlanks)
 {
-    const HttpHeaders headers = ParseField(std::string("A: x\0y\rz\x7f!", 11));
+    const HttpHeaders headers = ParseField(std::string("A: x\0y\rz\x7f!", 10));
     EXPECT_EQ(headers.GetValue("A"), "x y z !");
 }
 

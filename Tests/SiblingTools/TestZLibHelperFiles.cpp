@@ -81,7 +81,7 @@ protected:
         EXPECT_EQ(0, std::system(strCommand.c_str())) << strCommand;
         return Read(m_Folder.GetPath("packed"));
     }
-    // What comes of a packed file. The helper says bExpected.
+    // What comes of a packed file. The helper says bExpected; of damage it tells by its member.
     std::string Unpack(const std::string& strPacked, bool bExpected = true)
     {
         (void)m_Folder.Write("a.gz", strPacked);
@@ -106,6 +106,7 @@ TEST_F(ZLibHelperFiles, EveryPackersFilesAreUnpacked)
             const std::string strPacked = Pack(pPacker, strContent);
             ASSERT_GT(strPacked.size(), TRAILER_BYTES) << pPacker;
             EXPECT_TRUE(Unpack(strPacked) == strContent) << pPacker << ", " << strContent.size() << " bytes";
+            EXPECT_FALSE(m_pHelper->m_bDamaged) << pPacker;
         }
 }
 
@@ -145,6 +146,7 @@ TEST_F(ZLibHelperFiles, AFileCutShortGivesWhatCame)
         {
             const std::string strGot = Unpack(strPacked.substr(0, nKept));
             EXPECT_TRUE(strText.starts_with(strGot)) << pPacker << " cut to " << nKept;
+            EXPECT_TRUE(m_pHelper->m_bDamaged) << pPacker << " cut to " << nKept;
             EXPECT_GE(strGot.size(), nLast) << "more of the file is not less of the content";
             nLast = strGot.size();
         }
@@ -174,6 +176,7 @@ TEST_F(ZLibHelperFiles, AWrongCheckSumOrLengthKeepsTheContent)
             char& c = strWrong[strWrong.size() - nByte];
             c = static_cast<char>(c ^ 0x40);
             EXPECT_TRUE(Unpack(strWrong) == strText) << pPacker << ", byte " << nByte << " from the end";
+            EXPECT_TRUE(m_pHelper->m_bDamaged) << pPacker << ", byte " << nByte << " from the end";
         }
     }
 }
