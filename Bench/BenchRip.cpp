@@ -127,6 +127,7 @@ int Copy(const fs::path& folder, bool bTwice)
 int Execute(const std::vector<std::string>& aryCommand)
 {
     std::vector<char*> aryPointers;
+    aryPointers.reserve(aryCommand.size() + 1);
     for (const std::string& str : aryCommand)
         aryPointers.push_back(const_cast<char*>(str.c_str()));
     aryPointers.push_back(nullptr);

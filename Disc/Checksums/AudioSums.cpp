@@ -3,71 +3,60 @@
 #include <bit>
 #include <cstring>
 
-static_assert(std::endian::native == std::endian::little, "frames are read as they lie in memory");
+static_assert(std::endian::native == std::endian::little, "samples are read as they lie in memory");
 
 namespace
 {
 constexpr size_t SAMPLE_BYTES = sizeof(short);
-constexpr size_t WORD_SAMPLES = sizeof(uint64_t) / SAMPLE_BYTES;
-
-uint32_t GetFrame(const uint8_t* p)
+// Samples that are looked at together.
+struct VECTOR
 {
-    uint32_t nWord = 0;
-    std::memcpy(&nWord, p, sizeof nWord);
-    return nWord;
-}
-} // namespace
-
-void FRAME_SUMS::Add(const uint8_t* pFrames, size_t nFrames, uint32_t nIndex)
+    using SAMPLES [[gnu::vector_size(16)]] = short;
+};
+struct AVX2_VECTOR
 {
-    // Integers modulo 2^32: the order of the additions is free, so that the sums run side by side.
-    constexpr size_t LANES = 4;
-    uint32_t aryWords[LANES] = {};
-    uint64_t aryProducts[LANES] = {}; // only the low half of their sum is used
-    uint64_t aryHigh[LANES] = {};
+    using SAMPLES [[gnu::vector_size(32)]] = short;
+};
+
+template <class V>
+[[gnu::always_inline]] inline bool FindNullSample(const uint8_t* pSamples, size_t nSamples)
+{
+    using SAMPLES = typename V::SAMPLES;
+    constexpr size_t LANES = sizeof(SAMPLES) / SAMPLE_BYTES;
+    SAMPLES found{}; // lanes of ones where there was a null sample
     size_t i = 0;
-    for (; i + LANES <= nFrames; i += LANES)
+    for (; i + LANES <= nSamples; i += LANES)
     {
-        for (size_t k = 0; k < LANES; ++k)
-        {
-            const uint32_t nWord = GetFrame(pFrames + (i + k) * LY_CD_FRAME_BYTES);
-            const uint64_t nProduct = static_cast<uint64_t>(nWord) * (nIndex + static_cast<uint32_t>(i + k));
-            aryWords[k] += nWord;
-            aryProducts[k] += nProduct;
-            aryHigh[k] += nProduct >> 32;
-        }
-    }
-    for (; i < nFrames; ++i)
-    {
-        const uint32_t nWord = GetFrame(pFrames + i * LY_CD_FRAME_BYTES);
-        const uint64_t nProduct = static_cast<uint64_t>(nWord) * (nIndex + static_cast<uint32_t>(i));
-        aryWords[0] += nWord;
-        aryProducts[0] += nProduct;
-        aryHigh[0] += nProduct >> 32;
-    }
-    m_nWords += aryWords[0] + aryWords[1] + aryWords[2] + aryWords[3];
-    m_nLow += static_cast<uint32_t>(aryProducts[0] + aryProducts[1] + aryProducts[2] + aryProducts[3]);
-    m_nHigh += static_cast<uint32_t>(aryHigh[0] + aryHigh[1] + aryHigh[2] + aryHigh[3]);
-}
-
-bool HasNullSample(const uint8_t* pSamples, size_t nSamples)
-{
-    // A lane that is 0 borrows and has no high bit of its own. A lane above it may be taken for one, never the lowest.
-    constexpr uint64_t ONES = 0x0001000100010001;
-    uint64_t nFound = 0;
-    size_t i = 0;
-    for (; i + WORD_SAMPLES <= nSamples; i += WORD_SAMPLES)
-    {
-        uint64_t nWord = 0;
-        std::memcpy(&nWord, pSamples + i * SAMPLE_BYTES, sizeof nWord);
-        nFound |= (nWord - ONES) & ~nWord & ONES << 15;
+        SAMPLES samples;
+        std::memcpy(&samples, pSamples + i * SAMPLE_BYTES, sizeof samples);
+        found |= samples == 0;
     }
     for (; i < nSamples; ++i)
     {
         if (pSamples[i * SAMPLE_BYTES] == 0 && pSamples[i * SAMPLE_BYTES + 1] == 0)
             return true;
     }
-    return nFound != 0;
+    uint64_t aryFound[sizeof found / sizeof(uint64_t)];
+    std::memcpy(aryFound, &found, sizeof found);
+    return std::any_of(std::begin(aryFound), std::end(aryFound), [](uint64_t n) { return n != 0; });
+}
+
+#if defined(__x86_64__)
+__attribute__((target("avx2"))) bool HasNullSampleByAVX2(const uint8_t* pSamples, size_t nSamples)
+{
+    return FindNullSample<AVX2_VECTOR>(pSamples, nSamples);
+}
+#endif
+} // namespace
+
+bool HasNullSample(const uint8_t* pSamples, size_t nSamples)
+{
+#if defined(__x86_64__)
+    static const bool s_bAVX2 = __builtin_cpu_supports("avx2") != 0;
+    if (s_bAVX2)
+        return HasNullSampleByAVX2(pSamples, nSamples);
+#endif
+    return FindNullSample<VECTOR>(pSamples, nSamples);
 }
 
 uint32_t AddToCRC32RegisterWithoutNull(uint32_t nRegister, const uint8_t* pSamples, size_t nSamples)

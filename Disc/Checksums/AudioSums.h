@@ -25,7 +25,10 @@ struct FRAME_SUMS
     uint32_t m_nLow = 0;   // of the low halves of frame times index: AccurateRip v1
     uint32_t m_nHigh = 0;  // of the high halves; added to the low ones this is AccurateRip v2
 
+    // The other two are what machines without AVX2 take, and what the fast one is compared with.
     void Add(const uint8_t* pFrames, size_t nFrames, uint32_t nIndex);
+    void AddWithSSE2(const uint8_t* pFrames, size_t nFrames, uint32_t nIndex);
+    void AddPlain(const uint8_t* pFrames, size_t nFrames, uint32_t nIndex);
 };
 
 // CRC-32 of all bytes, and of what is left when every sample (16 bits) of the value 0 is left out.

@@ -1,6 +1,7 @@
 #include "CRC32.h"
 #include "CRC32Details.h"
 #include <bit>
+#include <cstdio>
 #include <cstring>
 
 namespace
@@ -59,14 +60,11 @@ uint32_t AddToCRC32RegisterByTables(uint32_t nRegister, const uint8_t* p, uint64
         nRegister =
             Slice(aryWords[0] ^ nRegister, 3) ^ Slice(aryWords[1], 2) ^ Slice(aryWords[2], 1) ^ Slice(aryWords[3], 0);
     }
-    if (nBytes >= 4)
+    for (; nBytes >= 4; nBytes -= 4, p += 4)
     {
-        for (; nBytes >= 4; nBytes -= 4, p += 4)
-        {
-            uint32_t nWord = 0;
-            std::memcpy(&nWord, p, sizeof nWord);
-            nRegister = Slice(nWord ^ nRegister, 0);
-        }
+        uint32_t nWord = 0;
+        std::memcpy(&nWord, p, sizeof nWord);
+        nRegister = Slice(nWord ^ nRegister, 0);
     }
     for (; nBytes > 0; --nBytes)
         nRegister = AddByte(nRegister, *p++);
@@ -80,6 +78,13 @@ uint32_t AddToCRC32Register(uint32_t nRegister, const void* pData, size_t nBytes
 }
 
 uint32_t GetCRC32(const void* pData, size_t nBytes) { return ~AddToCRC32Register(CRC32_START, pData, nBytes); }
+
+std::string MakeCRC32Text(uint32_t nCRC32)
+{
+    char szText[2 * sizeof nCRC32 + 1];
+    (void)std::snprintf(szText, sizeof szText, "%08X", nCRC32);
+    return szText;
+}
 
 uint32_t CombineCRC32(uint32_t nFirst, uint32_t nSecond, uint64_t nSecondBytes)
 {

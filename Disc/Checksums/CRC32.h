@@ -10,6 +10,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 constexpr uint32_t CRC32_START = 0xFFFFFFFF; // the register ahead of the first byte
 
@@ -17,8 +18,9 @@ constexpr uint32_t CRC32_START = 0xFFFFFFFF; // the register ahead of the first 
 uint32_t AddToCRC32Register(uint32_t nRegister, const void* pData, size_t nBytes);
 uint32_t AddToCRC32RegisterPlain(uint32_t nRegister, const void* pData, size_t nBytes);
 
-// The check sum of a piece.
+// The check sum of a piece, and its usual text: eight upper-case digits.
 uint32_t GetCRC32(const void* pData, size_t nBytes);
+std::string MakeCRC32Text(uint32_t nCRC32);
 
 // The check sum of two pieces from theirs, the second of nSecondBytes bytes.
 uint32_t CombineCRC32(uint32_t nFirst, uint32_t nSecond, uint64_t nSecondBytes);

@@ -3,8 +3,7 @@
 // afterwards all of them but CRC-32 without null samples and AccurateRip v2 at every offset.
 //
 // Shape:   16-bit little-endian PCM, stereo, in pieces of any number of bytes, from any sector on. A track has sums
-// once
-//          its sectors came from first to last without a break. Audio ahead of track 1 may come too, and helps at
+//          once its sectors came from first to last without a break. Audio ahead of track 1 may come too, and helps at
 //          negative offsets. Whoever reads sectors twice hands over the good ones only.
 // Offset:  at offset d a sum takes the frame d frames later on for each frame of the disc: a rip whose audio comes d
 //          frames too late has at offset d the sums of the true disc.

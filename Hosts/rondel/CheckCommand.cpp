@@ -39,7 +39,8 @@ CHECK_RESULT Check(const std::string& strLog)
 {
     CHECK_RESULT result;
     result.content = ReadLog(LoadLog(strLog));
-    const std::string strFolder = std::filesystem::canonical(strLog).parent_path().string();
+    std::error_code error; // the log may be gone by now: then its files are found missing
+    const std::string strFolder = std::filesystem::canonical(strLog, error).parent_path().string();
     result.nFaults = result.content.eSeal != LOG_SEAL_RIGHT ? 1 : 0;
     result.nFaults += result.content.strFault.empty() ? 0 : 1;
     for (const LOG_FILE& file : result.content.aryFiles)

@@ -1,6 +1,7 @@
 #include "Disc.h"
 #include "HostError.h"
 #include "Text.h"
+#include <algorithm>
 #include <filesystem>
 
 namespace
@@ -39,8 +40,9 @@ Disc::Disc(const std::string& strPath) : m_strPath(strPath), m_Drive(strPath)
 
 void Disc::ReadTracks()
 {
-    for (const TTrackListNode* pNode = m_pCD->m_FirstTrack; pNode != nullptr; pNode = pNode->pNext)
-        m_aryTracks.push_back(pNode->Info);
+    m_aryPlayed = GetTrackList(*m_pCD);
+    CorrectTrackList(*m_pCD);
+    m_aryTracks = GetTrackList(*m_pCD);
     if (!m_aryTracks.empty())
         return;
     const std::string strReason = GetDiscErrorText(m_strPath);
@@ -48,6 +50,16 @@ void Disc::ReadTracks()
         throw HostError(strReason);
     throw HostError(m_strPath + " has no table of contents that can be read; put an audio disc in the drive, or look "
                                 "at it with 'rondel drives'.");
+}
+
+bool Disc::GetIsPlayable(const TTrackList& track) const
+{
+    const auto isSame = [&](const TTrackList& played)
+    {
+        return played.nTrackNumber == track.nTrackNumber && played.nStartSector == track.nStartSector &&
+               played.nSectors == track.nSectors;
+    };
+    return track.bDataTrack == 0 && std::any_of(m_aryPlayed.begin(), m_aryPlayed.end(), isSame);
 }
 
 const TTrackList& Disc::GetAudioTrack(int nTrack) const
@@ -59,19 +71,26 @@ const TTrackList& Disc::GetAudioTrack(int nTrack) const
         if (track.bDataTrack != 0)
             throw HostError("track " + std::to_string(nTrack) +
                             " is a data track and has no audio; choose another one.");
+        if (!GetIsPlayable(track))
+            throw HostError("track " + std::to_string(nTrack) +
+                            " cannot be played, since the disc does not begin with track 1; 'rondel rip' reads it.");
         return track;
     }
     throw HostError("there is no track " + std::to_string(nTrack) + ": " + GetTrackRange(m_aryTracks) +
                     "; choose one of them.");
 }
 
+std::string GetFullName(const std::string& strDisc)
+{
+    std::error_code error;
+    return std::filesystem::exists(strDisc, error) ? std::filesystem::absolute(strDisc, error).string() : strDisc;
+}
+
 std::string GetDrivePath(const std::string& strDisc)
 {
     std::error_code error;
-    if (!std::filesystem::exists(strDisc, error))
-        return strDisc;
-    std::string strPath = std::filesystem::absolute(strDisc, error).string();
-    if (strPath.find(',') == std::string::npos)
+    const std::string strPath = GetFullName(strDisc);
+    if (strPath.find(',') == std::string::npos || !std::filesystem::exists(strDisc, error))
         return strPath;
     static constexpr char HEX_DIGITS[] = "0123456789ABCDEF";
     std::string strURL = "file://";

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "Dac32.h"
+#include "DiscTracks.h"
 #include "Services.h"
 #include <memory>
 #include <string>
@@ -33,7 +34,9 @@ public:
     Disc& operator=(const Disc&) = delete;
 
     const std::vector<TTrackList>& GetTracks() const { return m_aryTracks; }
-    // The track, checked for being there and for being audio. Throws HostError.
+    // Whether a player can play it: it is audio, and the plug-in's list has it (DiscTracks.h).
+    bool GetIsPlayable(const TTrackList& track) const;
+    // The track, checked for being there and for being one that can be played. Throws HostError.
     const TTrackList& GetAudioTrack(int nTrack) const;
     CSCSICD& GetCD() { return *m_pCD; }
     CTHDriveInterface& GetDrive() { return m_Drive.GetInterface(); }
@@ -46,8 +49,11 @@ private:
     Drive m_Drive;
     std::unique_ptr<CSCSICD, void (*)(CSCSICD*)> m_pCD{nullptr, CSCSICD::Delete}; // borrows the drive above
     std::vector<TTrackList> m_aryTracks;
+    std::vector<TTrackList> m_aryPlayed; // as the plug-in lists them
 };
 
+// The disc as the user named it, where it is a file in full.
+std::string GetFullName(const std::string& strDisc);
 // How the disc service knows a disc that the user names: a file becomes an absolute path, and what cda:// paths cannot
 // carry (a comma) becomes a file URL.
 std::string GetDrivePath(const std::string& strDisc);

@@ -4,11 +4,11 @@
 #include "Commands.h"
 #include "Disc.h"
 #include "HostError.h"
+#include "LogEscapes.h"
 #include "Output.h"
 #include "ReadOffset.h"
 #include "Text.h"
 #include <cstdio>
-#include <filesystem>
 #include <nlohmann/json.hpp>
 
 namespace
@@ -37,11 +37,6 @@ const CAPABILITY s_aryCapabilities[] = {
     {23, "eject", "eject", true},
 };
 
-std::string GetText(const LyStringArray& aryTexts, int nTrack)
-{
-    return nTrack >= 1 && nTrack <= aryTexts.GetSize() ? Narrow(aryTexts[nTrack - 1]) : std::string();
-}
-
 json DescribeTrack(const TTrackList& track, const CSCSICD& cd)
 {
     return {{"number", track.nTrackNumber},
@@ -53,8 +48,8 @@ json DescribeTrack(const TTrackList& track, const CSCSICD& cd)
             {"channels", track.nChannels},
             {"pre_emphasis", track.bPreEmphasis != 0},
             {"copy_prohibited", track.bCopyProhibited != 0},
-            {"title", GetText(cd.m_TrackTitles, track.nTrackNumber)},
-            {"performer", GetText(cd.m_TrackPerformers, track.nTrackNumber)}};
+            {"title", GetTrackText(cd.m_TrackTitles, track.nTrackNumber)},
+            {"performer", GetTrackText(cd.m_TrackPerformers, track.nTrackNumber)}};
 }
 
 json DescribeDrive(CTHDriveInterface& drive)
@@ -80,13 +75,6 @@ json DescribeDrive(CTHDriveInterface& drive)
             {"read_offset", FindReadOffset(strVendor, strModel)}};
 }
 
-// The disc as the user named it, where it is a file in full.
-std::string GetFullName(const std::string& strDisc)
-{
-    std::error_code error;
-    return std::filesystem::exists(strDisc, error) ? std::filesystem::absolute(strDisc, error).string() : strDisc;
-}
-
 // What is remembered of the drive: its list in the option store (DriveMemory.cpp has the meaning of each place).
 json DescribeMemory(const std::string& strDrive)
 {
@@ -100,7 +88,7 @@ json DescribeMemory(const std::string& strDrive)
 }
 
 // Forgets the remembered size of the drive's read cache, if there is one, and has it measured and remembered anew.
-int MeasureCache(const std::string& strDrive)
+void MeasureCache(const std::string& strDrive)
 {
     CCDRipper ripper;
     (void)ripper.Init();
@@ -114,7 +102,6 @@ int MeasureCache(const std::string& strDrive)
     (void)ripper.SetCopyMode(COPY_MODE_RIP);
     if (ripper.OpenDrive(strPath, false) != CDRIPPER_DONE)
         throw HostError(strDrive + " could not be opened for measuring; look at it with 'rondel drives'.");
-    return ripper.m_pReader->m_pDriveInfo->m_nCacheSize;
 }
 
 json Describe(Disc& disc, const std::string& strDisc)
@@ -133,6 +120,9 @@ json Describe(Disc& disc, const std::string& strDisc)
             {"remembered", DescribeMemory(disc.GetPath())}};
 }
 
+// Texts of discs and drives are anybody's: none of them moves the cursor.
+std::string ForLine(const json& text) { return EscapeForLine(text.get_ref<const std::string&>()); }
+
 std::string Join(const std::string& strTitle, const std::string& strPerformer)
 {
     if (strTitle.empty() || strPerformer.empty())
@@ -150,14 +140,13 @@ void PrintTracks(const json& disc)
                     track["type"].get<std::string>().c_str(), track["channels"].get<int>(),
                     track["pre_emphasis"].get<bool>() ? "yes" : "no",
                     track["copy_prohibited"].get<bool>() ? "no" : "permitted",
-                    Join(track["title"], track["performer"]).c_str());
+                    Join(ForLine(track["title"]), ForLine(track["performer"])).c_str());
     }
 }
 
 void PrintDrive(const json& drive)
 {
-    std::printf("\nDrive: %s %s\n", drive["vendor"].get<std::string>().c_str(),
-                drive["model"].get<std::string>().c_str());
+    std::printf("\nDrive: %s %s\n", ForLine(drive["vendor"]).c_str(), ForLine(drive["model"]).c_str());
     const json& values = drive["capabilities"];
     for (const CAPABILITY& capability : s_aryCapabilities)
     {
@@ -177,16 +166,16 @@ void PrintMemory(const json& list)
         std::puts("\nNothing is remembered of this drive; --measure-cache measures its read cache.");
         return;
     }
-    const std::string strModel = list[CD_PARAM_MODEL].get<std::string>();
+    const std::string strModel = ForLine(list[CD_PARAM_MODEL]);
     std::printf("\nRemembered: %s, read cache of %s bytes\n",
                 strModel.empty() ? "a drive without a name" : strModel.c_str(),
-                list[CD_PARAM_CACHE_BYTES].get<std::string>().c_str());
+                ForLine(list[CD_PARAM_CACHE_BYTES]).c_str());
 }
 
 void Print(const json& disc)
 {
-    const std::string strName = Join(disc["title"], disc["performer"]);
-    std::printf("Disc: %s\n", disc["disc"].get<std::string>().c_str());
+    const std::string strName = Join(ForLine(disc["title"]), ForLine(disc["performer"]));
+    std::printf("Disc: %s\n", ForLine(disc["disc"]).c_str());
     std::printf("%s\n\n", strName.empty() ? "No CD-Text for the disc" : strName.c_str());
     PrintTracks(disc);
     PrintDrive(disc["drive"]);
@@ -212,7 +201,7 @@ void AddInfoCommand(CLI::App& app, int& nExitCode)
         [pOptions, &nExitCode]
         {
             if (pOptions->bMeasureCache)
-                (void)MeasureCache(GetDrivePath(pOptions->strDisc)); // it is shown with what is remembered
+                MeasureCache(GetDrivePath(pOptions->strDisc)); // it is shown with what is remembered
             Disc disc(GetDrivePath(pOptions->strDisc));
             const json description = Describe(disc, pOptions->strDisc);
             ShowWarnings(disc.GetPath());

@@ -66,7 +66,7 @@ Listener::Listener(const LISTEN_OPTIONS& options)
     const Disc disc(options.strDrive);
     (void)disc.GetAudioTrack(options.nTrack);
     for (const TTrackList& track : disc.GetTracks())
-        if (track.bDataTrack == 0)
+        if (disc.GetIsPlayable(track))
             m_aryTracks.push_back(track.nTrackNumber);
 }
 

@@ -41,7 +41,7 @@ TEST(AudioCRC32, OfNothingIsZero)
 
 TEST(HasNullSample, FindsItAtEveryPlaceAndNothingElse)
 {
-    for (size_t nSamples = 0; nSamples < 20; ++nSamples)
+    for (size_t nSamples = 0; nSamples < 70; ++nSamples)
     {
         std::vector<uint8_t> ary(2 * nSamples);
         for (size_t i = 0; i < nSamples; ++i)
@@ -52,6 +52,32 @@ TEST(HasNullSample, FindsItAtEveryPlaceAndNothingElse)
             std::vector<uint8_t> aryOne = ary;
             aryOne[2 * i] = aryOne[2 * i + 1] = 0;
             EXPECT_TRUE(HasNullSample(aryOne.data(), nSamples)) << nSamples << " " << i;
+        }
+    }
+}
+
+TEST(FrameSums, ManyAtATimeAreTheSameAsOneByOne)
+{
+    std::mt19937 random(450);
+    std::vector<uint8_t> ary(40 * LY_CD_FRAME_BYTES + 1);
+    for (uint8_t& n : ary)
+        n = random() % 4 == 0 ? 0xFF : static_cast<uint8_t>(random());
+    for (size_t nFrames = 0; nFrames <= 40; ++nFrames)
+    {
+        for (const uint32_t nIndex : {0U, 1U, 5U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFF0U, 0xFFFFFFFFU})
+        {
+            FRAME_SUMS fast{7, 8, 9};
+            FRAME_SUMS other = fast;
+            FRAME_SUMS plain = fast;
+            fast.Add(ary.data() + 1, nFrames, nIndex); // at an odd address
+            other.AddWithSSE2(ary.data() + 1, nFrames, nIndex);
+            plain.AddPlain(ary.data() + 1, nFrames, nIndex);
+            for (const FRAME_SUMS& sums : {fast, other})
+            {
+                EXPECT_EQ(plain.m_nWords, sums.m_nWords) << nFrames << " " << nIndex;
+                EXPECT_EQ(plain.m_nLow, sums.m_nLow) << nFrames << " " << nIndex;
+                EXPECT_EQ(plain.m_nHigh, sums.m_nHigh) << nFrames << " " << nIndex;
+            }
         }
     }
 }

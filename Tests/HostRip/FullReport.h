@@ -23,9 +23,9 @@ TIE(RIP_DRIVE, a, b, c, d, e, f, g, h, i, j, k)
 TIE(CD_LAYOUT_TRACK, a, b, c, d)
 TIE(CD_LAYOUT, a, b)
 TIE(RIP_DISC, a, b, c, d, e, f, g, h)
-TIE(RIP_FILE, a, b, c, d, e, f, g)
+TIE(RIP_FILE, a, b, c, d, e, f, g, h)
 TIE(RIP_LOUDNESS, a, b, c, d, e, f, g)
-TIE(RIP_ANALYSIS, a, b, c, d, e)
+TIE(RIP_ANALYSIS, a, b, c, d, e, f)
 TIE(RIP_WAVE_POINT, a, b)
 TIE(RIP_SPEED_POINT, a, b, c)
 TIE(RIP_SERIES, a, b, c, d, e)
@@ -38,7 +38,7 @@ TIE(ACCURATERIP_VERDICT, a, b, c, d)
 TIE(CTDB_PART_VERDICT, a, b, c, d, e, f)
 TIE(CTDB_VERDICT, a, b, c, d, e)
 TIE(RIP_VERIFICATION, a, b, c, d, e)
-TIE(RIP_REPORT, a, b, c, d, e, f, g, h, i, j, k, l, m, n, o, p, q, r)
+TIE(RIP_REPORT, a, b, c, d, e, f, g, h, i, j, k, l, m, n, o, p, q, r, s)
 #undef TIE
 
 // Calls Take(leaf) for every text, number and flag of a record, and Empty() for every list and optional without one.
@@ -112,11 +112,13 @@ inline RIP_FILE MakeFullFile(int n, bool bMade = true)
                   "level=" + strNumber,
                   10000000000LL + n,
                   std::string(60, 'a') + std::to_string(1000 + n),
+                  "ABCD" + std::to_string(1000 + n),
                   ""};
     if (!bMade)
     {
         file.nBytes = 0;
         file.strSHA256.clear();
+        file.strCRC32.clear();
         file.strError = "no room " + strNumber;
     }
     return file;
@@ -144,7 +146,8 @@ inline RIP_PIECE MakeFullPiece(int n)
         piece.aryEntries.push_back({n, 1000 * n + 30 * nStatus + 1, 5 + nStatus, nStatus, 31 + nStatus, 61 + nStatus,
                                     1000 * (100 + nStatus) + n});
     piece.sums = {true, Sum(1), Sum(2), Sum(3), Sum(4), Sum(5), Sum(6)};
-    piece.analysis = RIP_ANALYSIS{MakeFullLoudness(20.0 + n), 200 + n, {n + 0.15, n + 0.25}, n + 120.35, 0.375};
+    piece.analysis =
+        RIP_ANALYSIS{MakeFullLoudness(20.0 + n), 200 + n, {n + 0.15, n + 0.25}, n + 120.35, n + 240.7, 0.375};
     piece.series.nWaveSectors = 7 + n;
     piece.series.aryWave = {{-32768, 32767}, {static_cast<short>(-n), static_cast<short>(n)}};
     piece.series.aryMomentary = {-0.1F, -23.45F, 1e-30F, std::numeric_limits<float>::max()};
@@ -198,5 +201,6 @@ inline RIP_REPORT MakeFullReport()
     report.aryFiles = {MakeFullFile(90), MakeFullFile(91, false)};
     report.aryVerifications = {MakeFullVerification()};
     report.aryNotes = {"Note one of the rip.", "Note two of the rip."};
+    report.aryPartsBefore = {"folder 10/song.wav.part", "song.log.part7"};
     return report;
 }

@@ -154,12 +154,13 @@ private:
         analysis.nDR = 5 + nTrack % 8;
         analysis.aryChannelDR = {5.4 + nTrack % 8, 5.1 + nTrack % 8};
         analysis.fBPM = 96 + nTrack * 3;
+        analysis.fOctaveBPM = *analysis.fBPM * 2;
         analysis.fBPMConfidence = 0.86;
         piece.analysis = analysis;
         const std::string strBase = (nTrack < 10 ? "0" : "") + std::to_string(nTrack) + " - " + piece.strTitle;
         piece.aryFiles = {
-            {strBase + ".flac", "flac", "libFLAC 1.4.2", "level=8", 4000000LL + nSectors, std::string(64, 'a'), ""},
-            {strBase + ".opus", "opus", "libopusenc 0.2", "bitrate=160", 900000LL + nSectors, std::string(64, '5'),
+            {strBase + ".flac", "flac", "libFLAC 1.4.2", "level=8", 4000000LL + nSectors, std::string(64, 'a'), "", ""},
+            {strBase + ".opus", "opus", "libopusenc 0.2", "bitrate=160", 900000LL + nSectors, std::string(64, '5'), "",
              ""}};
         AddWave(piece);
         AddLoudness(piece);
@@ -248,7 +249,7 @@ private:
         report.album = RIP_LOUDNESS{-11.4, -4.8, -6.9, 9.6, 0, 0.83, -6.6};
         report.nAlbumDR = 8;
         report.nDiscCTDB = 0x8C14D0E2;
-        report.aryFiles = {{"Measured Pieces.cue", "", "", "", 1893, std::string(64, 'c'), ""}};
+        report.aryFiles = {{"Measured Pieces.cue", "", "", "", 1893, std::string(64, 'c'), "", ""}};
         report.aryNotes = {"The drive was slowed down to 16× for track 4."};
     }
 };

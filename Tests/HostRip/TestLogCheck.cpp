@@ -1,5 +1,6 @@
 // What a log says of its files, read back from both kinds; and files that are, or are not, as it says.
 
+#include "CRC32.h"
 #include "FullReport.h"
 #include "HostError.h"
 #include "LogCheck.h"
@@ -16,7 +17,14 @@ namespace
 LOG_FILE MakeLogFile(const std::string& strName, const std::string& strContent)
 {
     const SHA256Hash::DIGEST digest = SHA256Hash::Make(strContent.data(), strContent.size());
-    return {strName, static_cast<long long>(strContent.size()), MakeHexText(digest.data(), digest.size()), ""};
+    return {strName, static_cast<long long>(strContent.size()), MakeHexText(digest.data(), digest.size()), "", ""};
+}
+
+// As the log has a WAV file.
+LOG_FILE MakeLogWave(const std::string& strName, const std::string& strContent)
+{
+    return {strName, static_cast<long long>(strContent.size()), "",
+            MakeCRC32Text(GetCRC32(strContent.data(), strContent.size())), ""};
 }
 
 std::string MakeBlock(const char* pName, const char* pLines)
@@ -43,6 +51,7 @@ void ExpectSameFiles(const RIP_REPORT& report)
         EXPECT_EQ(text.aryFiles[n].strName, json.aryFiles[n].strName);
         EXPECT_EQ(text.aryFiles[n].nBytes, json.aryFiles[n].nBytes);
         EXPECT_EQ(text.aryFiles[n].strSHA256, json.aryFiles[n].strSHA256);
+        EXPECT_EQ(text.aryFiles[n].strCRC32, json.aryFiles[n].strCRC32);
         EXPECT_EQ(text.aryFiles[n].strError, json.aryFiles[n].strError);
     }
 }
@@ -123,6 +132,14 @@ TEST(LogCheck, LinesOfATextLogThatAreNotWholeAreAFault)
          "does not"},
         {MakeBlock("a", ("  Size                  12 bytes\n  SHA-256               " + s_strSum + "0").c_str()),
          "does not"},
+        {MakeBlock("a", "  Size                  12 bytes\n  CRC-32                89ABCDEF\n"), ""},
+        {MakeBlock("a", (s_strLines + "  CRC-32                89ABCDEF\n").c_str()), ""},
+        {MakeBlock("a", "  Size                  12 bytes\n  CRC-32                89ABCDE\n"), "does not"},
+        {MakeBlock("a", "  Size                  12 bytes\n  CRC-32                89abcdef\n"), "does not"},
+        {MakeBlock("a", (s_strLines + "  CRC-32                not known\n").c_str()), "does not"},
+        {MakeBlock("a", (s_strLines + "  CRC-32                89ABCDEF\n").c_str()) +
+             MakeBlock("a", (s_strLines + "  CRC-32                89ABCDEE\n").c_str()),
+         "two things of \"a\""},
         {MakeBlock("a", "  Not made              \n"), "does not"},
         {MakeBlock("a\\q", s_strLines.c_str()), "a name that no log writes"},
         {MakeBlock("a", s_strLines.c_str()) + MakeBlock("a", "  Not made              no\n"), "two things of \"a\""},
@@ -158,6 +175,7 @@ TEST_F(LogFiles, AsTheLogSays)
 {
     EXPECT_EQ(LOG_FILE_RIGHT, Check(MakeLogFile("a.wav", "content")).eState);
     EXPECT_EQ(LOG_FILE_RIGHT, Check(MakeLogFile("disc 1/b.wav", "more content")).eState);
+    EXPECT_EQ(LOG_FILE_RIGHT, Check(MakeLogWave("disc 1/b.wav", "more content")).eState);
     (void)m_Folder.Write("log/empty", "");
     EXPECT_EQ(LOG_FILE_RIGHT, Check(MakeLogFile("empty", "")).eState);
     const std::string strLong(1000000, 'x');
@@ -172,6 +190,12 @@ TEST_F(LogFiles, NotAsTheLogSays)
     LOG_FILE_VERDICT verdict = Check(MakeLogFile("a.wav", "Content"));
     EXPECT_EQ(LOG_FILE_CHANGED, verdict.eState);
     EXPECT_EQ("its SHA-256 is another", verdict.strDetail);
+    verdict = Check(MakeLogWave("a.wav", "Content"));
+    EXPECT_EQ(LOG_FILE_CHANGED, verdict.eState);
+    EXPECT_EQ("its CRC-32 is another", verdict.strDetail);
+    LOG_FILE both = MakeLogFile("a.wav", "content");
+    both.strCRC32 = MakeLogWave("a.wav", "Content").strCRC32;
+    EXPECT_EQ("its CRC-32 is another", Check(both).strDetail);
     verdict = Check(MakeLogFile("a.wav", "contents"));
     EXPECT_EQ(LOG_FILE_CHANGED, verdict.eState);
     EXPECT_EQ("it has 7 bytes instead of 8", verdict.strDetail);
@@ -183,7 +207,7 @@ TEST_F(LogFiles, NotAsTheLogSays)
 
 TEST_F(LogFiles, WhatWasNotMadeIsNoFault)
 {
-    const LOG_FILE_VERDICT verdict = Check({"a.wav", 0, "", "no room"});
+    const LOG_FILE_VERDICT verdict = Check({"a.wav", 0, "", "", "no room"});
     EXPECT_EQ(LOG_FILE_NOT_MADE, verdict.eState);
     EXPECT_EQ("no room", verdict.strDetail);
     EXPECT_FALSE(verdict.IsFault());

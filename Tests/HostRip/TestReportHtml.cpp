@@ -21,7 +21,9 @@ const std::string HOSTILE =
 
 std::vector<RIP_FILE> MakeHostileFiles()
 {
-    return {{HOSTILE, HOSTILE, HOSTILE, HOSTILE, 1, HOSTILE, ""}, {HOSTILE, "", "", "", 0, "", HOSTILE}};
+    return {{HOSTILE, HOSTILE, HOSTILE, HOSTILE, 1, HOSTILE, "", ""},
+            {HOSTILE, "wav", "", "", 1, "", HOSTILE, ""},
+            {HOSTILE, "", "", "", 0, "", "", HOSTILE}};
 }
 
 RIP_REPORT MakeHostileReport()
@@ -283,7 +285,7 @@ TEST(ReportHtml, WhatIsNotKnownIsSaid)
 TEST(ReportHtml, AFileThatIsNotThereIsSaid)
 {
     RIP_REPORT report = SampleReport::MakeMarked({});
-    report.aryPieces[0].aryFiles = {{"01.flac", "flac", "", "", 0, "", "The disk is full."}};
+    report.aryPieces[0].aryFiles = {{"01.flac", "flac", "", "", 0, "", "", "The disk is full."}};
     const std::string strText = HtmlPage(MakeHtmlReport(report)).GetText();
     EXPECT_NE(std::string::npos, strText.find("No file: The disk is full."));
     EXPECT_NE(std::string::npos, strText.find("file missing"));

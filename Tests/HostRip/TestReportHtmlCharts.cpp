@@ -100,7 +100,7 @@ TEST(ReportHtmlCharts, SilenceHasNoLoudness)
     piece.series.aryMomentary.assign(4, -std::numeric_limits<float>::infinity());
     piece.series.aryShortTerm = {-5, -55, -300, 5};
     const double f = -std::numeric_limits<double>::infinity();
-    piece.analysis = RIP_ANALYSIS{{f, f, f, 0, f, f, {}}, {}, {}, {}, 0};
+    piece.analysis = RIP_ANALYSIS{{f, f, f, 0, f, f, {}}, {}, {}, {}, {}, 0};
     const HtmlPage page(MakeHtmlReport(report));
     // 600 units from +5 to -55 LUFS.
     EXPECT_EQ("M0 100l1 500 1 0 1-600 1 0", page.Find("path", "data-name", "short-term")[0].Get("d"));

@@ -38,6 +38,8 @@ const CHOICE_CASE s_aryChoices[] = {
     {"cmd= ", nullptr, "", ""},
     {"cmd.=cat", nullptr, "", ""},
     {"cmd.a/b=cat", nullptr, "", ""},
+    {"cmd.0123456789abcdef=cat", "cmd", "command=cat", "0123456789abcdef"},
+    {"cmd.0123456789abcdefg=cat", nullptr, "", ""}, // no room for it in a long name
     {"wav:x=1", nullptr, "", ""},
     {"fl/ac", nullptr, "", ""},
     {"../flac", nullptr, "", ""},

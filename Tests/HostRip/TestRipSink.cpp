@@ -58,12 +58,13 @@ public:
         m_Order.file.strError = "it broke";
         m_Listener.OnRipFile(m_Order.nGroup, m_Order.file, m_Record.bDiskFull);
     }
-    void End() override
+    void End(uint32_t nAudioCRC32) override
     {
         EXPECT_TRUE(m_bOpen);
         m_bOpen = false;
         if (m_bFailed)
             return;
+        EXPECT_EQ(GetCRC32(m_aryBytes.data(), m_aryBytes.size()), nAudioCRC32);
         EXPECT_EQ(m_Order.nFrames * LY_CD_FRAME_BYTES, static_cast<long long>(m_aryBytes.size()));
         m_Record.mapEnded[m_Order.file.strName] = m_aryBytes;
         m_Listener.OnRipFile(m_Order.nGroup, m_Order.file, false);

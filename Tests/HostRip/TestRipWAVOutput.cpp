@@ -1,6 +1,7 @@
 // WAV files of a rip: what the listener hears is what stands on the disk, and what is not whole is not there.
 
 #include "CDUnits.h"
+#include "CRC32.h"
 #include "RipFiles.h"
 #include "RipOutput.h"
 #include "TempFolder.h"
@@ -51,6 +52,7 @@ protected:
     }
     void Write(const std::vector<unsigned char>& aryAudio, size_t nBlock)
     {
+        m_nCRC32 = GetCRC32(aryAudio.data(), aryAudio.size());
         for (size_t n = 0; n < aryAudio.size(); n += nBlock)
             m_pOutput->Write(aryAudio.data() + n, std::min(nBlock, aryAudio.size() - n));
     }
@@ -62,13 +64,13 @@ protected:
 
     TempFolder m_Folder;
     Listener m_Listener;
+    uint32_t m_nCRC32 = 0; // of what was written last
     std::unique_ptr<RipOutput> m_pOutput = MakeWAVOutput(m_Listener);
 };
 } // namespace
 
 TEST_F(RipWAVOutputTest, TheSumIsThatOfTheFile)
 {
-    // Below, at and beyond what the second thread is told of at a time, and without any audio.
     const long long aryFrames[] = {0, 1, 588, 262133, 262144, 300000, 1000003};
     for (const long long nFrames : aryFrames)
     {
@@ -76,15 +78,18 @@ TEST_F(RipWAVOutputTest, TheSumIsThatOfTheFile)
         const std::vector<unsigned char> aryAudio = MakeAudio(nFrames, 7);
         m_pOutput->Begin(MakeOrder(strName, nFrames));
         Write(aryAudio, 27 * LY_CD_SECTOR_BYTES);
-        m_pOutput->End();
+        m_pOutput->End(m_nCRC32);
         ASSERT_TRUE(m_pOutput->Wait(60000));
         ASSERT_FALSE(m_Listener.m_aryFiles.empty());
         const RIP_FILE heard = m_Listener.m_aryFiles.back();
         RIP_FILE found;
+        found.strEncoder = "wav";
         ASSERT_TRUE(FillInFile(m_Folder.GetPath(strName), found));
         EXPECT_EQ("", heard.strError);
         EXPECT_EQ(strName, heard.strName);
-        EXPECT_EQ(found.strSHA256, heard.strSHA256);
+        EXPECT_EQ(8U, heard.strCRC32.size());
+        EXPECT_EQ(found.strCRC32, heard.strCRC32);
+        EXPECT_EQ("", heard.strSHA256);
         EXPECT_EQ(found.nBytes, heard.nBytes);
         EXPECT_EQ(CWAVCreator::HEADER_BYTES + nFrames * LY_CD_FRAME_BYTES, heard.nBytes);
     }
@@ -114,15 +119,16 @@ TEST_F(RipWAVOutputTest, FilesFollowEachOtherWithoutWaiting)
     {
         m_pOutput->Begin(MakeOrder(std::to_string(n), 400000));
         Write(MakeAudio(400000, static_cast<unsigned>(n)), 1000000);
-        m_pOutput->End();
+        m_pOutput->End(m_nCRC32);
     }
     ASSERT_TRUE(m_pOutput->Wait(60000));
     ASSERT_EQ(static_cast<size_t>(FILES), m_Listener.m_aryFiles.size());
     for (int n = 0; n < FILES; ++n)
     {
         RIP_FILE found;
+        found.strEncoder = "wav";
         ASSERT_TRUE(FillInFile(m_Folder.GetPath(std::to_string(n)), found));
-        EXPECT_EQ(found.strSHA256, m_Listener.m_aryFiles[static_cast<size_t>(n)].strSHA256);
+        EXPECT_EQ(found.strCRC32, m_Listener.m_aryFiles[static_cast<size_t>(n)].strCRC32);
     }
 }
 
@@ -147,7 +153,7 @@ TEST_F(RipWAVOutputTest, AFileThatIsEndedAheadOfItsEndIsNoFile)
 {
     m_pOutput->Begin(MakeOrder("a.wav", 1000));
     Write(MakeAudio(999, 1), 4000);
-    m_pOutput->End();
+    m_pOutput->End(m_nCRC32);
     ASSERT_TRUE(m_pOutput->Wait(60000));
     ASSERT_EQ(1U, m_Listener.m_aryFiles.size());
     EXPECT_NE("", m_Listener.m_aryFiles[0].strError);
@@ -163,13 +169,13 @@ TEST_F(RipWAVOutputTest, APlaceThatTakesNoMoreIsTold)
     ASSERT_EQ(0, setrlimit(RLIMIT_FSIZE, &less));
     m_pOutput->Begin(MakeOrder("a.wav", 1000000));
     Write(MakeAudio(1000000, 1), 60000);
-    m_pOutput->End();
+    m_pOutput->End(m_nCRC32);
     const bool bWaited = m_pOutput->Wait(60000);
     (void)setrlimit(RLIMIT_FSIZE, &old);
     ASSERT_TRUE(bWaited);
     ASSERT_EQ(1U, m_Listener.m_aryFiles.size());
     EXPECT_EQ("a.wav cannot be written (File too large)", m_Listener.m_aryFiles[0].strError);
-    EXPECT_EQ("", m_Listener.m_aryFiles[0].strSHA256);
+    EXPECT_EQ("", m_Listener.m_aryFiles[0].strCRC32);
     EXPECT_TRUE(m_Listener.m_bDiskFull);
     EXPECT_EQ(0U, CountFiles());
 }
@@ -178,7 +184,7 @@ TEST_F(RipWAVOutputTest, AFolderThatIsGoneIsTold)
 {
     m_pOutput->Begin(MakeOrder("none/a.wav", 1000));
     Write(MakeAudio(1000, 1), 1000);
-    m_pOutput->End();
+    m_pOutput->End(m_nCRC32);
     ASSERT_TRUE(m_pOutput->Wait(60000));
     ASSERT_EQ(1U, m_Listener.m_aryFiles.size());
     EXPECT_EQ("none/a.wav cannot be written (No such file or directory)", m_Listener.m_aryFiles[0].strError);

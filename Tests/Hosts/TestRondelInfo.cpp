@@ -103,6 +103,47 @@ TEST_F(RondelInfo, NinetyNineTracksAreListed)
     EXPECT_EQ(20, disc["tracks"][98]["sectors"]);
 }
 
+TEST_F(RondelInfo, ADiscThatDoesNotBeginWithTrackOneIsListedAsItIs)
+{
+    for (const int nFirst : {2, 60, 98})
+    {
+        const std::string strFirst = std::to_string(nFirst);
+        const std::string strSecond = std::to_string(nFirst + 1);
+        const auto cue = m_Folder.Write("late.cue", "FILE \"a.bin\" BINARY\nTRACK " + strFirst +
+                                                        " AUDIO\nTITLE \"First\"\nINDEX 01 00:00:10\nTRACK " +
+                                                        strSecond + " AUDIO\nINDEX 01 00:04:00\n");
+        const json tracks = GetJson(cue)["tracks"];
+        ASSERT_EQ(2U, tracks.size()) << tracks;
+        EXPECT_EQ(nFirst, tracks[0]["number"]);
+        EXPECT_EQ("First", tracks[0]["title"]);
+        EXPECT_EQ(10, tracks[0]["start_sector"]);
+        EXPECT_EQ(290, tracks[0]["sectors"]);
+        EXPECT_EQ(nFirst + 1, tracks[1]["number"]);
+        EXPECT_EQ(300, tracks[1]["start_sector"]);
+        EXPECT_EQ(700, tracks[1]["sectors"]);
+        // The plug-in's list is without it.
+        const HOST_RESULT played = HostProcess::Run({"play", cue.string(), strFirst, "-o", m_Folder.Get("o.wav")});
+        ExpectSentence(played, 1, {"cannot be played", "'rondel rip'"});
+    }
+    const auto cue = m_Folder.Write("one.cue", "FILE \"a.bin\" BINARY\nTRACK 07 AUDIO\nINDEX 01 00:00:00\n");
+    const json tracks = GetJson(cue)["tracks"];
+    ASSERT_EQ(1U, tracks.size());
+    EXPECT_EQ(7, tracks[0]["number"]);
+    EXPECT_EQ(1000, tracks[0]["sectors"]);
+}
+
+TEST_F(RondelInfo, TextsOfTheDiscDoNotMoveTheCursor)
+{
+    const auto cue = m_Folder.Write("evil.cue", "TITLE \"Disc\x1B[2J\"\nFILE \"a.bin\" BINARY\nTRACK 01 AUDIO\n"
+                                                "TITLE \"a\x1B]0;b\x07\"\nPERFORMER \"\xE2\x80\xAEnur\"\n"
+                                                "INDEX 01 00:00:00\n");
+    const HOST_RESULT result = HostProcess::Run({"info", cue.string()});
+    EXPECT_EQ(0, result.m_nExit) << result.m_strErrors;
+    for (const char c : {'\x1B', '\x07', '\xAE'})
+        EXPECT_EQ(std::string::npos, result.m_strOutput.find(c)) << result.m_strOutput;
+    EXPECT_NE(std::string::npos, result.m_strOutput.find("a\\x1B]0;b\\x07")) << result.m_strOutput;
+}
+
 TEST_F(RondelInfo, NamesOfAllKindsAreFound)
 {
     for (const char* pName : {"with blanks.cue", "one, two.cue", "per%2Ccent.cue",

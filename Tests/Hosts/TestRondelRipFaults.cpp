@@ -89,6 +89,17 @@ TEST_F(RipTest, AProfileAndTheCacheStandInTheReport)
     EXPECT_EQ(true, drive["image"]);
 }
 
+TEST_F(RipTest, TheReportNamesTheDiscAsItsFileIsNamed)
+{
+    (void)m_Folder.Write("100%, no less.cue.drive", "Speed = 160\n");
+    m_strCue = m_Folder.Write("100%, no less.cue", ReadWholeFile(m_strCue)).string();
+    (void)RipWell({"--cache", "0"});
+    const nlohmann::json drive = GetLog()["drive"];
+    EXPECT_EQ(m_strCue, drive["path"]);
+    EXPECT_EQ("100%, no less.cue.drive", drive["profile"]);
+    EXPECT_EQ(true, drive["image"]);
+}
+
 TEST_F(RipTest, FilesThatAreThereAreNotReplacedUnlessItIsAskedFor)
 {
     (void)m_Folder.Write("out/03.wav", "mine");
@@ -100,6 +111,43 @@ TEST_F(RipTest, FilesThatAreThereAreNotReplacedUnlessItIsAskedFor)
     ExpectSentence(Rip({"--tracks", "2"}), 1, {"02.wav exists already"});
     std::filesystem::remove(Out("02.wav"));
     ExpectSentence(Rip({"--tracks", "2"}), 1, {"Album.log exists already"});
+}
+
+TEST_F(RipTest, ADiscThatDoesNotBeginWithTrackOneIsRippedWhole)
+{
+    m_strCue = m_Folder
+                   .Write("late.cue", "FILE \"disc.bin\" BINARY\nTRACK 02 AUDIO\nINDEX 01 00:00:30\n"
+                                      "TRACK 03 AUDIO\nINDEX 01 00:04:30\nTRACK 04 AUDIO\nINDEX 01 00:10:50\n")
+                   .string();
+    (void)RipWell();
+    EXPECT_EQ((std::set<std::string>{"02.wav", "03.wav", "04.wav", "rip.html", "rip.json", "rip.log"}), GetOutput());
+    for (int n = 1; n <= 3; ++n)
+        ExpectWav("0" + std::to_string(n + 1) + ".wav", GetPiece(n));
+    const nlohmann::json log = nlohmann::json::parse(ReadWholeFile(Out("rip.json")));
+    EXPECT_EQ(2, log["disc"]["tracks"][0]["number"]);
+    EXPECT_EQ(3U, log["disc"]["tracks"].size());
+    EXPECT_EQ(true, log["pieces"][0]["sums"]["complete"]);
+    EXPECT_EQ(SECTORS, log["disc"]["lead_out"]);
+}
+
+TEST_F(RipTest, ALinkThatLeadsNowhereIsNotReplacedUnlessItIsAskedFor)
+{
+    std::filesystem::create_directories(Out(""));
+    std::filesystem::create_symlink("nowhere", Out("02.wav"));
+    ExpectSentence(Rip(), 1, {"02.wav exists already", "--overwrite"});
+    EXPECT_TRUE(std::filesystem::is_symlink(Out("02.wav")));
+}
+
+TEST_F(RipTest, AnAnswerThatIsGoneAtTheEndCostsOnlyTheComparison)
+{
+    const std::string strAnswer = m_Folder.Write("answer.xml", "<ctdb/>").string();
+    const HOST_RESULT result = RipWell({"--verify-with", strAnswer, "--encoder",
+                                        "cmd.raw=sh -c \"rm -f '" + strAnswer + "'; cat > %o\"", "--tracks", "1"});
+    EXPECT_NE(std::string::npos, result.m_strOutput.find("Not compared: ")) << result.m_strOutput;
+    const nlohmann::json log = GetLog();
+    EXPECT_EQ("whole", log["outcome"]);
+    EXPECT_TRUE(log["verifications"].empty());
+    EXPECT_NE(std::string::npos, log["notes"].dump().find("Not compared: the answer " + strAnswer)) << log["notes"];
 }
 
 TEST_F(RipTest, WhatCannotBeDoneIsRefusedBeforeTheDiscIsRead)
@@ -118,9 +166,10 @@ TEST_F(RipTest, WhatCannotBeDoneIsRefusedBeforeTheDiscIsRead)
     ExpectSentence(rip({"--to", strOut, "--encoder", "flac:level=9"}), 1, {"'flac' cannot work so", "level"});
     ExpectSentence(rip({"--to", strOut, "--encoder", "wav", "--encoder", "wav"}), 1, {"both", ".wav"});
     ExpectSentence(rip({"--to", strOut, "--encoder", "cmd.json=cat", "--image"}), 1, {"Album.json"});
+    ExpectSentence(rip({"--to", strOut, "--encoder", "cmd.unfinished=cat", "--image"}), 1, {"Album.unfinished"});
     ExpectSentence(rip({"--to", strOut, "--tracks", "9"}), 1, {"no track 9", "1 to 3"});
     ExpectSentence(rip({"--to", strOut, "--range", "1000-1200"}), 1, {"1000 to 1200", "'rondel info'"});
-    ExpectSentence(rip({"--to", strOut, "--picture", strFile + "2"}), 1, {"no picture", "--picture"});
+    ExpectSentence(rip({"--to", strOut, "--picture", strFile + "2"}), 1, {"the picture", "is not there"});
     ExpectSentence(rip({"--to", strOut, "--verify-with", strFile}), 1, {"file"});
     ExpectSentence(rip({"--to", strFile}), 1, {"file", "--to"});
     EXPECT_TRUE(GetOutput().empty());

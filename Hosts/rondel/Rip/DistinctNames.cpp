@@ -101,6 +101,7 @@ bool IsSameName(const std::string& strFirst, const std::string& strSecond)
 void MakeNamesDistinct(std::vector<std::string>& aryNames)
 {
     std::vector<NAME_KEY> aryKeys; // of all names as they are by now
+    aryKeys.reserve(aryNames.size());
     for (const std::string& strName : aryNames)
         aryKeys.push_back(MakeKey(strName));
     for (size_t i = 1; i < aryNames.size(); ++i)

@@ -11,15 +11,23 @@
 namespace
 {
 constexpr size_t SHA256_DIGITS = 64;
+constexpr size_t CRC32_DIGITS = 8;
 
-bool IsSHA256(const std::string& str)
+bool IsSum(const std::string& str, size_t nDigits, const char* pDigits)
 {
-    return str.size() == SHA256_DIGITS && str.find_first_not_of("0123456789abcdef") == std::string::npos;
+    return str.size() == nDigits && str.find_first_not_of(pDigits) == std::string::npos;
+}
+
+bool HasSum(const LOG_FILE& file)
+{
+    const bool bSHA256 = IsSum(file.strSHA256, SHA256_DIGITS, "0123456789abcdef");
+    const bool bCRC32 = IsSum(file.strCRC32, CRC32_DIGITS, "0123456789ABCDEF");
+    return (bSHA256 || bCRC32) && (bSHA256 || file.strSHA256.empty()) && (bCRC32 || file.strCRC32.empty());
 }
 
 bool IsComplete(const LOG_FILE& file)
 {
-    return !file.strName.empty() && (!file.strError.empty() || (file.nBytes >= 0 && IsSHA256(file.strSHA256)));
+    return !file.strName.empty() && (!file.strError.empty() || (file.nBytes >= 0 && HasSum(file)));
 }
 
 // Gathers the files, each name once: however often a log names a file, it is read once.
@@ -31,14 +39,15 @@ public:
     void Add(LOG_FILE file)
     {
         if (!IsComplete(file))
-            return Complain("of \"" + EscapeForLine(file.strName) + "\" it does not tell name, size and SHA-256");
+            return Complain("of \"" + EscapeForLine(file.strName) + "\" it does not tell name, size and sum");
         if (!file.strError.empty()) // there is nothing else to tell of it
-            file = {file.strName, 0, "", file.strError};
+            file = {file.strName, 0, "", "", file.strError};
         const auto [it, bNew] = m_Places.try_emplace(file.strName, m_Content.aryFiles.size());
         if (bNew)
             return m_Content.aryFiles.push_back(std::move(file));
         const LOG_FILE& first = m_Content.aryFiles[it->second];
-        if (first.nBytes != file.nBytes || first.strSHA256 != file.strSHA256 || first.strError != file.strError)
+        if (first.nBytes != file.nBytes || first.strSHA256 != file.strSHA256 || first.strCRC32 != file.strCRC32 ||
+            first.strError != file.strError)
             Complain("it tells two things of \"" + EscapeForLine(file.strName) + "\"");
     }
     void Complain(const std::string& strFault)
@@ -111,6 +120,8 @@ private:
         }
         else if (const auto sum = TakeLabel(line, TEXT_LABEL_SHA256))
             m_file.strSHA256 = *sum;
+        else if (const auto crc = TakeLabel(line, TEXT_LABEL_CRC32))
+            m_file.strCRC32 = *crc;
         else if (const auto error = TakeLabel(line, TEXT_LABEL_NOT_MADE))
         {
             m_file.strError = UnescapeLine(*error).value_or("");
@@ -138,7 +149,7 @@ void ReadJsonLog(const std::string& strLog, LOG_CONTENT& content, Files& files)
         const auto AddAll = [&files](const std::vector<RIP_FILE>& aryFiles)
         {
             for (const RIP_FILE& file : aryFiles)
-                files.Add({file.strName, file.nBytes, file.strSHA256, file.strError});
+                files.Add({file.strName, file.nBytes, file.strSHA256, file.strCRC32, file.strError});
         };
         for (const RIP_PIECE& piece : report.aryPieces)
             AddAll(piece.aryFiles);

@@ -18,8 +18,9 @@ struct LOG_FILE
 {
     std::string strName; // relative, with /
     long long nBytes = 0;
-    std::string strSHA256;
-    std::string strError; // why the rip could not make it; then there is nothing to check
+    std::string strSHA256; // one of the two, or both
+    std::string strCRC32;  //
+    std::string strError;  // why the rip could not make it; then there is nothing to check
 };
 
 struct LOG_CONTENT

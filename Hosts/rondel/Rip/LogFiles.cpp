@@ -1,3 +1,4 @@
+#include "CRC32.h"
 #include "HostError.h"
 #include "LogCheck.h"
 #include "SecureHash.h"
@@ -119,6 +120,35 @@ long long ReadAll(int nDescriptor, long long nMost, TAKE Take)
     return nTotal;
 }
 
+// The sums that the log has of a file, made again.
+class FileSums
+{
+public:
+    explicit FileSums(const LOG_FILE& file) : m_file(file) {}
+
+    void Add(const char* p, size_t nBytes)
+    {
+        if (!m_file.strSHA256.empty())
+            m_hash.Add(p, nBytes);
+        if (!m_file.strCRC32.empty())
+            m_nRegister = AddToCRC32Register(m_nRegister, p, nBytes);
+    }
+    std::string Compare() // what is another, in words; empty if nothing
+    {
+        const SHA256Hash::DIGEST digest = m_hash.Finish();
+        if (!m_file.strSHA256.empty() && MakeHexText(digest.data(), digest.size()) != m_file.strSHA256)
+            return "its SHA-256 is another";
+        if (!m_file.strCRC32.empty() && MakeCRC32Text(~m_nRegister) != m_file.strCRC32)
+            return "its CRC-32 is another";
+        return {};
+    }
+
+private:
+    const LOG_FILE& m_file;
+    SHA256Hash m_hash;
+    uint32_t m_nRegister = CRC32_START;
+};
+
 LOG_FILE_VERDICT Compare(int nDescriptor, const LOG_FILE& file)
 {
     struct stat status
@@ -129,18 +159,16 @@ LOG_FILE_VERDICT Compare(int nDescriptor, const LOG_FILE& file)
     if (!S_ISREG(status.st_mode))
         return {LOG_FILE_UNREADABLE, "it is no plain file"};
     long long nBytes = status.st_size;
-    SHA256Hash hash;
+    FileSums sums(file);
     if (nBytes == file.nBytes)
-        nBytes = ReadAll(nDescriptor, nBytes, [&hash](const char* p, size_t n) { hash.Add(p, n); });
+        nBytes = ReadAll(nDescriptor, nBytes, [&sums](const char* p, size_t n) { sums.Add(p, n); });
     if (nBytes < 0)
         return Blame(errno);
     if (nBytes != file.nBytes)
         return {LOG_FILE_CHANGED,
                 "it has " + std::to_string(nBytes) + " bytes instead of " + std::to_string(file.nBytes)};
-    const SHA256Hash::DIGEST digest = hash.Finish();
-    if (MakeHexText(digest.data(), digest.size()) != file.strSHA256)
-        return {LOG_FILE_CHANGED, "its SHA-256 is another"};
-    return {LOG_FILE_RIGHT, ""};
+    const std::string strDifference = sums.Compare();
+    return {strDifference.empty() ? LOG_FILE_RIGHT : LOG_FILE_CHANGED, strDifference};
 }
 } // namespace
 

@@ -73,6 +73,7 @@ void Fields(ARCHIVE& a, typename ARCHIVE::template Ref<RIP_FILE> file)
     a.Text("settings", file.strSettings);
     a.Number("bytes", file.nBytes);
     a.Text("sha256", file.strSHA256);
+    a.Text("crc32", file.strCRC32);
     a.Text("error", file.strError);
 }
 
@@ -95,6 +96,7 @@ void Fields(ARCHIVE& a, typename ARCHIVE::template Ref<RIP_ANALYSIS> analysis)
     a.OptionalNumber("dr", analysis.nDR);
     a.Reals("dr_channels_db", analysis.aryChannelDR);
     a.OptionalReal("bpm", analysis.fBPM);
+    a.OptionalReal("bpm_octave", analysis.fOctaveBPM);
     a.Real("bpm_confidence", analysis.fBPMConfidence);
 }
 
@@ -260,4 +262,5 @@ void Fields(ARCHIVE& a, typename ARCHIVE::template Ref<RIP_REPORT> report)
     a.List("files", report.aryFiles);
     a.List("verifications", report.aryVerifications);
     a.Texts("notes", report.aryNotes);
+    a.StateTexts("parts_before", report.aryPartsBefore);
 }

@@ -85,9 +85,8 @@ std::string MakeTracks(const RIP_REPORT& report)
 std::string MakeFooter(const RIP_REPORT& report)
 {
     return "<footer><p>" + OrUnknown(Isolate(report.strProgram)) +
-           ". Times are minutes, seconds and, where there is a point, 75ths of a second. In a chart each column shows "
-           "the "
-           "extremes of the time that it stands for.</p></footer>\n";
+           ". Times are minutes, seconds and, where there is a point, 75ths of a second. In a chart each column "
+           "shows the extremes of the time that it stands for.</p></footer>\n";
 }
 } // namespace
 } // namespace ReportHtml

@@ -4,9 +4,8 @@
 // Shape:   one file. It needs nothing from outside and says so itself (Content-Security-Policy), is read without the
 //          script that adds values under the pointer, and is well-formed as XML, too. UTF-8.
 // Size:    series are thinned to what a screen can show; a disc of 80 minutes stays below 1.5 MB.
-// Errors:  none; what the report doesn't know is a dash. Texts of the disc are hostile: they come escaped, and bytes
-// that
-//          are no UTF-8, as control characters, are replaced.
+// Errors:  none; what the report doesn't know is a dash. Texts of the disc are hostile: they come escaped, and what is
+//          no UTF-8 or a control character is replaced.
 // Threads: any.
 
 #pragma once

@@ -119,10 +119,11 @@ std::string MakeFiles(const std::vector<RIP_FILE>& aryFiles, const std::string& 
 {
     if (aryFiles.empty())
         return "";
-    std::string strTable = "<div class=\"scroll\" role=\"region\" tabindex=\"0\" aria-label=\"" + Escape(strCaption) +
-                           ", table\"><table class=\"files\"><caption>" + Escape(strCaption) +
-                           "</caption><thead><tr><th scope=\"col\">Name</th><th scope=\"col\">Encoder</th>"
-                           "<th scope=\"col\" class=\"n\">Bytes</th><th scope=\"col\">SHA-256</th></tr></thead><tbody>";
+    std::string strTable =
+        "<div class=\"scroll\" role=\"region\" tabindex=\"0\" aria-label=\"" + Escape(strCaption) +
+        ", table\"><table class=\"files\"><caption>" + Escape(strCaption) +
+        "</caption><thead><tr><th scope=\"col\">Name</th><th scope=\"col\">Encoder</th>"
+        "<th scope=\"col\" class=\"n\">Bytes</th><th scope=\"col\">SHA-256 or CRC-32</th></tr></thead><tbody>";
     for (const RIP_FILE& file : aryFiles)
     {
         strTable += "<tr><th scope=\"row\">" + OrUnknown(Isolate(file.strName)) + "</th><td>" +
@@ -131,7 +132,8 @@ std::string MakeFiles(const std::vector<RIP_FILE>& aryFiles, const std::string& 
         if (!file.strError.empty())
             strTable += "<td class=\"w error\" colspan=\"2\">No file: " + Isolate(file.strError) + "</td></tr>";
         else
-            strTable += Cell(FormatWhole(file.nBytes)) + Cell(Code(file.strSHA256), "sum") + "</tr>";
+            strTable += Cell(FormatWhole(file.nBytes)) +
+                        Cell(Code(file.strSHA256.empty() ? file.strCRC32 : file.strSHA256), "sum") + "</tr>";
     }
     return strTable + "</tbody></table></div>\n";
 }

@@ -1,9 +1,8 @@
 // ReportHtmlPlot: what the charts of the HTML report have in common: frame, axes, legend, and the drawing of a series.
 //
-// Shape: inline SVG. Whatever depends on the width of the page is given in percent of the plot, so that texts keep
-// their
-//        size; only series, in a drawing of their own, are stretched. Axis texts stand outside of the plot, at negative
-//        x.
+// Shape: inline SVG. Whatever depends on the width of the page is given in percent of the plot, so that texts stay
+//        as large as they are; only series, in a drawing of their own, are stretched. Axis texts stand outside of the
+//        plot, at negative x.
 // Units: heights in CSS pixels, times in seconds.
 
 #pragma once

@@ -1,8 +1,7 @@
 // ReportHtmlSeries: series of a rip thinned to the columns of a chart, and the SVG paths made of them.
 //
 // Shape:   a path's x counts columns from 0, its y counts units from the top; it is stretched to the chart's size.
-// Errors:  a series without values makes an empty path. Values that are no numbers, or lie outside of the scale, are
-// put
+// Errors:  a series without values makes an empty path. Values that are no numbers, or lie outside of the scale, come
 //          to its edge.
 
 #pragma once

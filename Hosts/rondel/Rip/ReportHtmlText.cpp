@@ -1,6 +1,8 @@
 // Texts and numbers of the HTML report.
 
+#include "CRC32.h"
 #include "ReportHtmlParts.h"
+#include "UTF8.h"
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -9,35 +11,13 @@ namespace
 {
 constexpr const char* REPLACEMENT = "\xEF\xBF\xBD"; // U+FFFD
 
-// The length of the character of well-formed UTF-8 (Unicode, table 3-7) at the beginning; 0 if there is none.
-size_t GetCharacterBytes(std::string_view str, char32_t& nCharacter)
-{
-    const auto byte = [&](size_t i) { return i < str.size() ? static_cast<unsigned char>(str[i]) : 0U; };
-    const unsigned nFirst = byte(0);
-    const size_t nBytes = nFirst < 0x80 ? 1 : nFirst < 0xC2 ? 0 : nFirst < 0xE0 ? 2 : nFirst < 0xF0 ? 3 : 4;
-    if (nBytes <= 1)
-    {
-        nCharacter = nFirst;
-        return nBytes;
-    }
-    nCharacter = nFirst & (0x7FU >> nBytes);
-    for (size_t i = 1; i < nBytes; ++i)
-    {
-        if ((byte(i) & 0xC0U) != 0x80U)
-            return 0;
-        nCharacter = nCharacter << 6 | (byte(i) & 0x3FU);
-    }
-    const bool bTooLong = (nBytes == 3 && nCharacter < 0x800) || (nBytes == 4 && nCharacter < 0x10000);
-    const bool bSurrogate = nCharacter >= 0xD800 && nCharacter < 0xE000;
-    return bTooLong || bSurrogate || nCharacter > 0x10FFFF ? 0 : nBytes;
-}
-
 // What neither HTML nor XML 1.0 (2.2) lets stand in a text, or what would be seen as nothing: controls, and the
 // characters that are none.
+// A byte that is no UTF-8 comes out of the decoder as a surrogate.
 bool IsShowable(char32_t n)
 {
     const bool bControl = n < 0x20 || (n >= 0x7F && n < 0xA0);
-    return !bControl && n != 0xFFFE && n != 0xFFFF;
+    return !bControl && !UTF8Details::IsSurrogate(n) && n != 0xFFFE && n != 0xFFFF;
 }
 
 const char* GetEntity(char c)
@@ -72,17 +52,15 @@ std::string Escape(std::string_view strText)
 {
     std::string strResult;
     strResult.reserve(strText.size());
-    while (!strText.empty())
+    for (size_t nBytes = 0; !strText.empty(); strText.remove_prefix(nBytes))
     {
-        char32_t nCharacter = 0;
-        const size_t nBytes = GetCharacterBytes(strText, nCharacter);
-        if (nBytes == 0 || !IsShowable(nCharacter))
-            strResult += strText[0] == '\n' || strText[0] == '\t' ? " " : REPLACEMENT;
+        const char32_t nCharacter = UTF8Details::Decode(strText, nBytes);
+        if (!IsShowable(nCharacter))
+            strResult += nCharacter == '\n' || nCharacter == '\t' ? " " : REPLACEMENT;
         else if (const char* pEntity = GetEntity(strText[0]))
             strResult += pEntity;
         else
             strResult += strText.substr(0, nBytes);
-        strText.remove_prefix(std::max<size_t>(nBytes, 1));
     }
     return strResult;
 }
@@ -115,14 +93,7 @@ std::string FormatWhole(long long n)
 
 std::string FormatCount(long long n, const char* pNoun) { return FormatWhole(n) + " " + pNoun + (n == 1 ? "" : "s"); }
 
-std::string FormatSum(uint32_t n)
-{
-    if (n == 0)
-        return UNKNOWN;
-    char szText[16];
-    std::snprintf(szText, sizeof szText, "%08X", n);
-    return szText;
-}
+std::string FormatSum(uint32_t n) { return n != 0 ? MakeCRC32Text(n) : UNKNOWN; }
 
 std::string FormatPlace(double fPart)
 {

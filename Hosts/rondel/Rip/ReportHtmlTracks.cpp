@@ -155,8 +155,10 @@ std::string MakeAnalysisFacts(const RIP_ANALYSIS& analysis)
         strFacts += Fact("Dynamics", "DR" + std::to_string(*analysis.nDR) +
                                          (strChannels.empty() ? "" : " <small>(" + strChannels + " dB)</small>"));
     if (analysis.fBPM)
-        strFacts += Fact("Tempo", FormatDecimal(*analysis.fBPM, 1) + " BPM <small>(" +
-                                      FormatDecimal(analysis.fBPMConfidence * 100, 0) + " % sure)</small>");
+        strFacts +=
+            Fact("Tempo", FormatDecimal(*analysis.fBPM, 1) + " BPM <small>(" +
+                              (analysis.fOctaveBPM ? "or " + FormatDecimal(*analysis.fOctaveBPM, 1) + ", " : "") +
+                              FormatDecimal(analysis.fBPMConfidence * 100, 0) + " % sure)</small>");
     return strFacts;
 }
 

@@ -1,9 +1,9 @@
 #include "ReportJson.h"
+#include "CRC32.h"
 #include "LogSeal.h"
 #include "ReportFields.h"
 #include "ReportPacking.h"
 #include <cmath>
-#include <cstdio>
 #include <nlohmann/json.hpp>
 
 namespace
@@ -26,7 +26,7 @@ public:
     template <class T>
     using Ref = const T&;
 
-    explicit ReportWriter(bool bSeries) : m_bSeries(bSeries) {}
+    explicit ReportWriter(bool bState) : m_bState(bState) {}
     json&& Take() { return std::move(m_value); }
 
     void Text(const char* pKey, const std::string& str) { m_value[pKey] = str; }
@@ -43,12 +43,7 @@ public:
         m_value[pKey] = value;
     }
 
-    void Sum(const char* pKey, uint32_t n)
-    {
-        char aryText[16];
-        (void)std::snprintf(aryText, sizeof aryText, "%08X", n); // eight digits
-        m_value[pKey] = n != 0 ? json(aryText) : json();
-    }
+    void Sum(const char* pKey, uint32_t n) { m_value[pKey] = n != 0 ? json(MakeCRC32Text(n)) : json(); }
 
     template <class T, class NAMES>
     void Choice(const char* pKey, T value, const NAMES& aryNames)
@@ -70,7 +65,7 @@ public:
     template <class RECORD>
     void Series(const char* pKey, const RECORD& record)
     {
-        if (m_bSeries)
+        if (m_bState)
             Record(pKey, record);
     }
 
@@ -82,6 +77,11 @@ public:
             list.push_back(Make(record));
     }
     void Texts(const char* pKey, const std::vector<std::string>& aryTexts) { m_value[pKey] = aryTexts; }
+    void StateTexts(const char* pKey, const std::vector<std::string>& aryTexts)
+    {
+        if (m_bState)
+            Texts(pKey, aryTexts);
+    }
     void Reals(const char* pKey, const std::vector<double>& aryValues)
     {
         json& list = m_value[pKey] = json::array();
@@ -98,18 +98,18 @@ private:
     template <class RECORD>
     json Make(const RECORD& record) const
     {
-        ReportWriter writer(m_bSeries);
+        ReportWriter writer(m_bState);
         Fields(writer, record);
         return writer.Take();
     }
 
     json m_value = json::object();
-    bool m_bSeries;
+    bool m_bState;
 };
 
-std::string MakeJson(const RIP_REPORT& report, bool bSeries, int nIndent)
+std::string MakeJson(const RIP_REPORT& report, bool bState, int nIndent)
 {
-    ReportWriter writer(bSeries);
+    ReportWriter writer(bState);
     writer.Text(REPORT_FORMAT_KEY, REPORT_FORMAT);
     writer.Number(REPORT_VERSION_KEY, REPORT_VERSION);
     Fields(writer, report);

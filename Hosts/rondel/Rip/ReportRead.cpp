@@ -137,6 +137,11 @@ public:
             aryTexts.push_back(value.get_ref<const std::string&>());
         }
     }
+    void StateTexts(const char* pKey, std::vector<std::string>& aryTexts) // logs are without
+    {
+        if (m_value.contains(pKey))
+            Texts(pKey, aryTexts);
+    }
     void Reals(const char* pKey, std::vector<double>& aryValues)
     {
         aryValues.clear();

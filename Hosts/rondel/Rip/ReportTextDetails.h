@@ -4,13 +4,12 @@
 
 #include "RipReport.h"
 #include "TextLines.h"
-#include <utility>
-#include <vector>
 
 // The labels of a file's lines. Whoever checks a log finds its files by them.
 constexpr const char* TEXT_LABEL_FILE = "File";
 constexpr const char* TEXT_LABEL_SIZE = "Size";
 constexpr const char* TEXT_LABEL_SHA256 = "SHA-256";
+constexpr const char* TEXT_LABEL_CRC32 = "CRC-32";
 constexpr const char* TEXT_LABEL_NOT_MADE = "Not made";
 constexpr const char* TEXT_UNIT_SIZE = " bytes";
 
@@ -25,5 +24,3 @@ std::string NamePiece(const RIP_REPORT& report, const RIP_PIECE& piece);
 std::string FormatSectors(int nFirst, int nSectors); // "100-126", or "100"
 std::string FormatAddress(int nSector);              // MSF as on the disc: sector 0 is 00:02.00
 std::string FormatAddresses(int nFirst, int nSectors);
-// The bad sectors of a piece as stretches, first and end, that ascend and are apart from each other.
-std::vector<std::pair<int, int>> GetBadStretches(const RIP_PIECE& piece);

@@ -70,7 +70,7 @@ void AddSums(TextLines& lines, const TRACK_CHECKSUMS& sums)
 {
     if (!sums.m_bComplete && sums.m_nCRC32 == 0)
         return;
-    lines.Field("CRC-32", FormatSum(sums.m_nCRC32));
+    lines.Field(TEXT_LABEL_CRC32, FormatSum(sums.m_nCRC32));
     if (!sums.m_bComplete)
         return;
     lines.Field("CRC-32 without null", FormatSum(sums.m_nCRC32WithoutNull));
@@ -91,7 +91,9 @@ void AddAnalysis(TextLines& lines, const RIP_ANALYSIS& analysis)
     lines.Field("Dynamic range", strDR + (bBoth ? ", " : "") + strChannels);
     if (analysis.fBPM)
         lines.Field("Tempo",
-                    FormatReal(*analysis.fBPM, "BPM") + FormatText(", confidence %.2f of 1", analysis.fBPMConfidence));
+                    FormatReal(*analysis.fBPM, "BPM") +
+                        (analysis.fOctaveBPM ? FormatText(" (or %.2f)", *analysis.fOctaveBPM) : std::string()) +
+                        FormatText(", confidence %.2f of 1", analysis.fBPMConfidence));
 }
 } // namespace
 
@@ -143,7 +145,10 @@ void AddFile(TextLines& lines, const RIP_FILE& file)
         return;
     }
     lines.Field(TEXT_LABEL_SIZE, FormatText("%lld", file.nBytes) + TEXT_UNIT_SIZE);
-    lines.Unbroken(TEXT_LABEL_SHA256, file.strSHA256);
+    if (!file.strSHA256.empty())
+        lines.Unbroken(TEXT_LABEL_SHA256, file.strSHA256);
+    if (!file.strCRC32.empty())
+        lines.Unbroken(TEXT_LABEL_CRC32, file.strCRC32);
 }
 
 void AddPiece(TextLines& lines, const RIP_REPORT& report, const RIP_PIECE& piece)

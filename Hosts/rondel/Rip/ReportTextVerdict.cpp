@@ -1,5 +1,4 @@
 #include "ReportTextDetails.h"
-#include <algorithm>
 
 namespace
 {
@@ -51,7 +50,7 @@ void AddBadSectors(TextLines& lines, const RIP_REPORT& report)
 {
     lines.Empty();
     for (const RIP_PIECE& piece : report.aryPieces)
-        for (const auto& [nFirst, nEnd] : GetBadStretches(piece))
+        for (const auto& [nFirst, nEnd] : piece.GetBadStretches())
             lines.Line(FormatText("    %-24s sector %-15s  %s", NamePiece(report, piece).c_str(),
                                   FormatSectors(nFirst, nEnd - nFirst).c_str(),
                                   FormatAddresses(nFirst, nEnd - nFirst).c_str()));
@@ -73,28 +72,6 @@ const char* DescribeOutcome(const RIP_REPORT& report)
     }
 }
 } // namespace
-
-std::vector<std::pair<int, int>> GetBadStretches(const RIP_PIECE& piece)
-{
-    std::vector<std::pair<int, int>> aryBad;
-    for (const SECURE_RIP_ENTRY& entry : piece.aryEntries)
-    {
-        const int nFirst = std::max(entry.nSector, piece.nStart);
-        const int nEnd = std::min(entry.nSector + entry.nSectors, piece.nStart + piece.nSectors);
-        if (entry.IsBad() && nFirst < nEnd)
-            aryBad.emplace_back(nFirst, nEnd);
-    }
-    std::sort(aryBad.begin(), aryBad.end());
-    std::vector<std::pair<int, int>> aryApart;
-    for (const auto& [nFirst, nEnd] : aryBad)
-    {
-        if (!aryApart.empty() && nFirst <= aryApart.back().second)
-            aryApart.back().second = std::max(aryApart.back().second, nEnd);
-        else
-            aryApart.emplace_back(nFirst, nEnd);
-    }
-    return aryApart;
-}
 
 void AddVerification(TextLines& lines, const RIP_VERIFICATION& verification)
 {

@@ -24,7 +24,7 @@ public:
 
     void Begin(const RIP_ORDER& order) override;
     void Write(const unsigned char* pData, size_t nBytes) override;
-    void End() override;
+    void End(uint32_t nAudioCRC32) override;
     void Abandon() override;
     bool Wait(int nMs) override { return m_Worker.Wait(nMs); }
 
@@ -70,7 +70,7 @@ void RipEncoderOutput::Write(const unsigned char* pData, size_t nBytes)
         nBytes);
 }
 
-void RipEncoderOutput::End()
+void RipEncoderOutput::End(uint32_t)
 {
     if (m_pAbandoned == nullptr)
         return;

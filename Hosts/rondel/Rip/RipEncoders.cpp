@@ -8,6 +8,7 @@ namespace
 constexpr const char* COMMAND_NAME = "cmd";
 constexpr const char* COMMAND_PLUGIN = "pipe";
 constexpr const char* COMMAND_SUFFIX = "out";
+constexpr size_t MAX_SUFFIX = 16; // with ".part99" behind it, it stays within NAME_SUFFIX_BYTES
 
 bool IsPlainWord(const std::string& str)
 {
@@ -27,8 +28,9 @@ std::string ParseCommand(const std::string& strText, size_t nEquals, ENCODER_CHO
     choice.strSuffix = COMMAND_SUFFIX;
     if (strHead.size() > std::string(COMMAND_NAME).size())
         choice.strSuffix = strHead.substr(std::string(COMMAND_NAME).size() + 1);
-    if (!IsPlainWord(choice.strSuffix))
-        return "--encoder cmd.SUFFIX=COMMAND takes letters and digits as the suffix, not '" + choice.strSuffix + "'";
+    if (!IsPlainWord(choice.strSuffix) || choice.strSuffix.size() > MAX_SUFFIX)
+        return "--encoder cmd.SUFFIX=COMMAND takes up to " + std::to_string(MAX_SUFFIX) +
+               " letters and digits as the suffix, not '" + choice.strSuffix + "'";
     if (strCommand.find_first_not_of(" \t") == std::string::npos)
         return "--encoder cmd=COMMAND needs a command";
     const bool bSettings = strCommand.starts_with("input=") || strCommand.starts_with("timeout=");

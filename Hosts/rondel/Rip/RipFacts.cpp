@@ -1,5 +1,7 @@
 #include "RipFacts.h"
+#include "Disc.h"
 #include "DiscIdentifiers.h"
+#include "DiscTracks.h"
 #include "ReadOffset.h"
 #include "Services.h"
 #include "Text.h"
@@ -73,11 +75,6 @@ std::string ResolveLetter(const std::string& strPath)
     return strPath;
 }
 
-std::string GetText(const LyStringArray& aryTexts, int nTrack)
-{
-    return nTrack >= 1 && nTrack <= aryTexts.GetSize() ? Narrow(aryTexts[nTrack - 1]) : std::string();
-}
-
 std::string TrimmedText(const LyString& str)
 {
     std::string strText = Narrow(str);
@@ -99,18 +96,10 @@ CD_LAYOUT MakeLayout(const std::vector<TTrackList>& aryTracks)
 }
 } // namespace
 
-std::vector<TTrackList> GetTrackList(CSCSICD& cd)
-{
-    std::vector<TTrackList> aryTracks;
-    for (const TTrackListNode* pNode = cd.m_FirstTrack; pNode != nullptr; pNode = pNode->pNext)
-        aryTracks.push_back(pNode->Info);
-    return aryTracks;
-}
-
-RIP_DRIVE FindDriveFacts(CCDRipper& ripper, const std::string& strPath)
+RIP_DRIVE FindDriveFacts(CCDRipper& ripper, const std::string& strDisc)
 {
     RIP_DRIVE facts;
-    facts.strPath = ResolveLetter(strPath);
+    facts.strPath = ResolveLetter(GetFullName(strDisc));
     DRIVE_INFO info;
     (void)ripper.m_pDrive->GetDriveInfo(info);
     facts.strVendor = TrimmedText(info.m_strVendor);
@@ -155,8 +144,8 @@ void FindPieceFacts(CCDRipper& ripper, std::vector<RIP_PIECE>& aryPieces)
     {
         if (piece.nTrack == 0)
             continue;
-        piece.strTitle = GetText(cd.m_TrackTitles, piece.nTrack);
-        piece.strPerformer = GetText(cd.m_TrackPerformers, piece.nTrack);
+        piece.strTitle = GetTrackText(cd.m_TrackTitles, piece.nTrack);
+        piece.strPerformer = GetTrackText(cd.m_TrackPerformers, piece.nTrack);
         if (bISRC)
             piece.strISRC = ReadCode(*ripper.m_pDrive, FORMAT_ISRC, piece.nTrack, ISRC_CHARACTERS);
     }

@@ -10,9 +10,7 @@
 #include <string>
 #include <vector>
 
-std::vector<TTrackList> GetTrackList(CSCSICD& cd);
-
-// The path as the disc service knows it.
-RIP_DRIVE FindDriveFacts(CCDRipper& ripper, const std::string& strPath);
+// strDisc is the disc as the user named it.
+RIP_DRIVE FindDriveFacts(CCDRipper& ripper, const std::string& strDisc);
 RIP_DISC FindDiscFacts(CCDRipper& ripper);                                 // reads the CD-Text, too
 void FindPieceFacts(CCDRipper& ripper, std::vector<RIP_PIECE>& aryPieces); // behind FindDiscFacts: texts and ISRCs

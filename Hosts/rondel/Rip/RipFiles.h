@@ -7,6 +7,7 @@
 
 #include "PartialFile.h"
 #include "RipReport.h"
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -18,5 +19,9 @@ bool WriteTextFile(const std::string& strPath, const std::string& strText);
 // False, with errno.
 bool ReadTextFile(const std::string& strPath, std::string& strText);
 
-// Length and SHA-256 of a file go into the record. False, with errno, if it cannot be read.
+// Length and sum of a file go into the record: the CRC-32 if its encoder is "wav", the SHA-256 of any other. False,
+// with errno, if it cannot be read.
 bool FillInFile(const std::string& strPath, RIP_FILE& file);
+// The same for a WAV file from the sum of its audio, of which nothing is read: nFrames of it stand behind the canonical
+// header, and a tag may follow.
+bool SumUpWaveFile(const std::string& strPath, uint32_t nAudioCRC32, long long nFrames, RIP_FILE& file);

@@ -112,6 +112,8 @@ void RipMeter::Finish(RIP_PIECE& piece)
     if (tempo.m_fBPM > 0)
     {
         analysis.fBPM = tempo.m_fBPM;
+        if (tempo.m_fOctaveBPM > 0)
+            analysis.fOctaveBPM = tempo.m_fOctaveBPM;
         analysis.fBPMConfidence = tempo.m_fConfidence;
     }
     piece.analysis = std::move(analysis);

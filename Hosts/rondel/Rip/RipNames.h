@@ -12,6 +12,9 @@
 #include <string>
 #include <vector>
 
+// What is made and removed again as a proof that a folder can be written to; it grows as every file does.
+constexpr const char* RIP_PROOF_NAME = ".rondel";
+
 // An encoder of the rip, as far as its files' names and the report go.
 struct RIP_ENCODER_FACTS
 {

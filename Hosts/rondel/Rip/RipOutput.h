@@ -5,12 +5,13 @@
 // Names:   a file grows under another name and gets its own when it is whole.
 // Units:   bytes of 16-bit stereo PCM, little-endian.
 // Errors:  told to the listener. After a failure, the rest of the file's audio is dropped.
-// Threads: all operations by the rip's; WAV is written on it, an encoder has a thread of its own (RipWorker.h). The
-//          listener hears on any of them.
+// Threads: all operations by the rip's, which copies the audio and goes on; each output writes on a thread of its own
+//          (RipWorker.h), on which the listener hears, too.
 
 #pragma once
 
 #include "RipReport.h"
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <utility>
@@ -46,9 +47,9 @@ public:
 
     virtual void Begin(const RIP_ORDER& order) = 0;
     virtual void Write(const unsigned char* pData, size_t nBytes) = 0;
-    virtual void End() = 0;
-    virtual void Abandon() = 0;     // harmless without a file
-    virtual bool Wait(int nMs) = 0; // true once the listener has heard of all that was ended
+    virtual void End(uint32_t nAudioCRC32) = 0; // the CRC-32 of all that was written
+    virtual void Abandon() = 0;                 // harmless without a file
+    virtual bool Wait(int nMs) = 0;             // true once the listener has heard of all that was ended
 
 protected:
     RipOutput() = default;

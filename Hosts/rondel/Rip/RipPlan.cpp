@@ -64,7 +64,7 @@ RIP_PIECE MakeRangePiece(const std::string& strRange)
 {
     RIP_PIECE piece;
     int nLast = 0;
-    const std::string strFault = ParseSectorRange(strRange, piece.nStart, nLast);
+    std::string strFault = ParseSectorRange(strRange, piece.nStart, nLast);
     if (!strFault.empty())
         throw HostError(strFault + ".");
     piece.nSectors = nLast - piece.nStart + 1;
@@ -75,7 +75,7 @@ RIP_PIECE MakeRangePiece(const std::string& strRange)
 std::set<int> GetWantedTracks(const std::vector<TTrackList>& aryTracks, const std::string& strTracks)
 {
     std::vector<int> aryWanted;
-    const std::string strFault = ParseTrackList(strTracks, aryWanted);
+    std::string strFault = ParseTrackList(strTracks, aryWanted);
     if (!strFault.empty())
         throw HostError(strFault + ".");
     for (const int nWanted : aryWanted)
@@ -92,7 +92,7 @@ std::set<int> GetWantedTracks(const std::vector<TTrackList>& aryTracks, const st
 
 std::string ParseTrackList(const std::string& strList, std::vector<int>& aryTracks)
 {
-    const std::string strFault = "--tracks takes numbers from 1 to 99 as in 1-3,7, not '" + strList + "'";
+    std::string strFault = "--tracks takes numbers from 1 to 99 as in 1-3,7, not '" + strList + "'";
     std::set<int> setTracks;
     std::string_view strRest = strList;
     for (;;)

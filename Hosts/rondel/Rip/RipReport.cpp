@@ -2,22 +2,36 @@
 #include <algorithm>
 #include <climits>
 
-int RIP_PIECE::CountBadSectors() const
+std::vector<std::pair<int, int>> RIP_PIECE::GetBadStretches() const
 {
-    std::vector<std::pair<long long, long long>> aryBad; // first and end, which may lie beyond all sectors
+    // What is computed may lie beyond all sectors.
+    const long long nPieceEnd = std::min<long long>(static_cast<long long>(nStart) + nSectors, INT_MAX);
+    std::vector<std::pair<int, int>> aryBad;
     for (const SECURE_RIP_ENTRY& entry : aryEntries)
-        if (entry.IsBad())
-            aryBad.emplace_back(entry.nSector, static_cast<long long>(entry.nSector) + entry.nSectors);
+    {
+        const int nFirst = std::max(entry.nSector, nStart);
+        const auto nEnd = static_cast<int>(std::min(static_cast<long long>(entry.nSector) + entry.nSectors, nPieceEnd));
+        if (entry.IsBad() && nFirst < nEnd)
+            aryBad.emplace_back(nFirst, nEnd);
+    }
     std::sort(aryBad.begin(), aryBad.end());
-    const long long nPieceEnd = static_cast<long long>(nStart) + nSectors;
-    long long nBad = 0;
-    long long nCounted = nStart; // sectors ahead of it are
+    std::vector<std::pair<int, int>> aryApart;
     for (const auto& [nFirst, nEnd] : aryBad)
     {
-        nBad += std::max(0LL, std::min(nEnd, nPieceEnd) - std::max(nFirst, nCounted));
-        nCounted = std::max(nCounted, nEnd);
+        if (!aryApart.empty() && nFirst <= aryApart.back().second)
+            aryApart.back().second = std::max(aryApart.back().second, nEnd);
+        else
+            aryApart.emplace_back(nFirst, nEnd);
     }
-    return static_cast<int>(nBad); // not more than the piece has
+    return aryApart;
+}
+
+int RIP_PIECE::CountBadSectors() const
+{
+    long long nBad = 0;
+    for (const auto& [nFirst, nEnd] : GetBadStretches())
+        nBad += static_cast<long long>(nEnd) - nFirst;
+    return static_cast<int>(std::min<long long>(nBad, INT_MAX));
 }
 
 int RIP_REPORT::CountBadSectors() const

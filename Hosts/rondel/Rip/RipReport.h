@@ -14,6 +14,7 @@
 #include "SecureRipLog.h"
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 // Where the audio of a rip came from.
@@ -52,7 +53,8 @@ struct RIP_FILE
     std::string strLibrary;  // and its version, or empty
     std::string strSettings; //
     long long nBytes = 0;
-    std::string strSHA256; // lower-case hexadecimal digits
+    std::string strSHA256; // of all bytes, lower-case hexadecimal digits; a WAV file has the other one
+    std::string strCRC32;  // of a WAV file: of all bytes, eight upper-case digits; others have none
     std::string strError;  // why there is no such file; then there are no bytes and no sum
 };
 
@@ -73,7 +75,8 @@ struct RIP_ANALYSIS
     std::optional<int> nDR;
     std::vector<double> aryChannelDR; // dB, one for each channel that has one
     std::optional<double> fBPM;
-    double fBPMConfidence = 0; // 0 to 1
+    std::optional<double> fOctaveBPM; // twice or half of it, as which it may be tapped as well
+    double fBPMConfidence = 0;        // 0 to 1
 };
 
 // For pictures only: the state and the HTML report have them, the logs have not.
@@ -123,6 +126,8 @@ struct RIP_PIECE
     std::vector<RIP_FILE> aryFiles;
 
     bool IsWhole() const { return eState != RIP_PIECE_OPEN; }
+    // The bad sectors as stretches, first and end, that ascend and do not touch; nothing outside the piece.
+    std::vector<std::pair<int, int>> GetBadStretches() const;
     int CountBadSectors() const; // each once
 };
 
@@ -164,6 +169,8 @@ struct RIP_REPORT
     std::vector<RIP_FILE> aryFiles; // of the whole rip: an image and its cue sheet
     std::vector<RIP_VERIFICATION> aryVerifications;
     std::vector<std::string> aryNotes; // sentences: what the drive tolerated, what was left out
+    // For the state only: files in the making that stood beside the rip's before it began, and are not its own.
+    std::vector<std::string> aryPartsBefore;
 
     int CountBadSectors() const;
 };

@@ -51,8 +51,9 @@ std::string FindChangedFile(const RIP_PIECE& piece, const RIP_NAMES& names)
     for (const RIP_FILE& file : piece.aryFiles)
     {
         RIP_FILE found;
+        found.strEncoder = file.strEncoder;
         if (!file.strError.empty() || !FillInFile(names.GetPath(file.strName), found) || found.nBytes != file.nBytes ||
-            found.strSHA256 != file.strSHA256)
+            found.strSHA256 != file.strSHA256 || found.strCRC32 != file.strCRC32)
             return file.strName;
     }
     return {};

@@ -1,7 +1,7 @@
 // RipResume: the state of a rip that was broken off, and how the next one goes on behind it.
 //
 // Shape:   the state is a report in JSON with its series, written anew after each piece that is whole, and gone once
-//          the log is written. What was whole is taken if each of its files has the length and the SHA-256 of the
+//          the log is written. What was whole is taken if each of its files has the length and the sum of the
 //          state; everything else is read again.
 // Sums:    lossless files are read, so that the disc's sums and comparisons with databases know their tracks, too. Of
 //          others the sums of the tracks remain as they were.

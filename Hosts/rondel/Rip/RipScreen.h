@@ -42,7 +42,7 @@ private:
     double m_fSpeed = 0; // of late
 };
 
-// "track 5", "the hidden audio", "sectors 0 to 749".
+// "Track 5"; the title of what is no track: "Hidden audio", "Sectors 0 to 749".
 std::string GetPieceName(const RIP_PIECE& piece);
 // "1 track", "12 tracks".
 std::string CountOf(int nCount, const char* pWhat);

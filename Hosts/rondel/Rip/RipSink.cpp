@@ -5,6 +5,16 @@
 namespace
 {
 constexpr int SPEED_POINTS = 400; // of a piece, at most
+
+// Whether the sums of the disc have one of just this piece.
+bool IsTrackOf(const CD_LAYOUT& layout, const RIP_PIECE& piece)
+{
+    const int nTrack = piece.nTrack > 0 && layout.IsValid() ? layout.FindTrack(piece.nTrack) : -1;
+    if (nTrack < 0)
+        return false;
+    const CD_LAYOUT_TRACK& track = layout.m_aryTracks[static_cast<size_t>(nTrack)];
+    return !track.m_bData && track.m_nStart == piece.nStart && track.GetSectors() == piece.nSectors;
+}
 } // namespace
 
 double RipClock::TakeBlockSeconds(Clock::time_point now)
@@ -41,8 +51,8 @@ void RipSink::Take(const unsigned char* pData, long long nFrames)
         const long long nPart = std::min(nFrames, m_nFramesLeft);
         const size_t nBytes = static_cast<size_t>(nPart) * LY_CD_FRAME_BYTES;
         m_Stream.pSums->Add(pData, nBytes);
-        if (m_Stream.aryParts[m_nPart].piece.nTrack == 0)
-            m_nCRC32 = AddToCRC32Register(m_nCRC32, pData, nBytes);
+        if (!m_bSummed)
+            m_nRegister = AddToCRC32Register(m_nRegister, pData, nBytes);
         m_Meter.Add(reinterpret_cast<const short*>(pData), nPart);
         for (const std::unique_ptr<RipOutput>& pOutput : m_Stream.aryOutputs)
             pOutput->Write(pData, nBytes);
@@ -57,11 +67,13 @@ void RipSink::OpenPart()
     const RIP_STREAM::PART& part = m_Stream.aryParts[m_nPart];
     m_bOpen = true;
     m_nFramesLeft = static_cast<long long>(part.piece.nSectors) * LY_CD_SECTOR_FRAMES;
-    m_nCRC32 = CRC32_START;
+    m_bSummed = IsTrackOf(m_Stream.pSums->GetLayout(), part.piece);
+    m_nRegister = CRC32_START;
     m_Stream.pSums->StartAt(part.piece.nStart);
     m_Meter.Begin(part.piece.nSectors);
     if (!part.bFirst)
         return;
+    m_nGroupCRC32 = 0;
     const RIP_GROUP& group = (*m_Stream.pGroups)[part.nGroup];
     for (size_t i = 0; i < m_Stream.aryOutputs.size(); ++i)
         m_Stream.aryOutputs[i]->Begin(group.aryOrders[i]);
@@ -75,18 +87,20 @@ void RipSink::EndPart()
     piece.series.arySpeed = std::move(m_aryReading[m_nPart].arySpeed);
     piece.fSeconds = m_aryReading[m_nPart].fSeconds;
     piece.aryEntries = GetEntries();
-    if (piece.nTrack > 0)
+    if (m_bSummed)
         (void)m_Stream.pSums->GetTrack(piece.nTrack, piece.sums);
     else
     {
-        piece.sums.m_bComplete = true;
-        piece.sums.m_nCRC32 = ~m_nCRC32;
+        piece.sums.m_bComplete = piece.nTrack == 0; // there is no other sum of such a piece
+        piece.sums.m_nCRC32 = ~m_nRegister;
     }
+    m_nGroupCRC32 =
+        CombineCRC32(m_nGroupCRC32, piece.sums.m_nCRC32, static_cast<uint64_t>(piece.nSectors) * LY_CD_SECTOR_BYTES);
     // Ahead of the files, so that a piece is complete in the report when its last file is.
     m_Stream.pCollector->OnPieceRead(part.nPiece, std::move(piece), m_Stream.pLog->GetReReads());
     if (part.bLast)
         for (const std::unique_ptr<RipOutput>& pOutput : m_Stream.aryOutputs)
-            pOutput->End();
+            pOutput->End(m_nGroupCRC32);
     m_bOpen = false;
     ++m_nPart;
 }

@@ -86,10 +86,12 @@ private:
     RIP_STREAM& m_Stream;
     RipMeter m_Meter;
     RipClock m_Clock;
-    size_t m_nPart = 0;          // at work, or the next one
-    bool m_bOpen = false;        // it has begun
-    long long m_nFramesLeft = 0; // of it
-    uint32_t m_nCRC32 = CRC32_START;
+    size_t m_nPart = 0;                 // at work, or the next one
+    bool m_bOpen = false;               // it has begun
+    long long m_nFramesLeft = 0;        // of it
+    bool m_bSummed = false;             // the disc's sums have the part's CRC-32
+    uint32_t m_nRegister = CRC32_START; // of the part, where they have not
+    uint32_t m_nGroupCRC32 = 0;         // of the parts of the group that are ended
     bool m_bClosed = false;
 
     // Of the blocks read so far, which are ahead of what was written.

@@ -1,19 +1,20 @@
-// WAV files of a rip: written on the rip's thread. A second thread is handed a copy of all that was written, while it
-// is still in the processor's caches, and sums it up; at the end it puts the file on the disk. So the sum is there as
-// soon as the file is. The header is right from the start, since the length is known.
+// WAV files of a rip. The rip's thread copies its blocks; a second thread writes them, and at the end puts the file on
+// the disk, so that reading never waits for a disk that can keep up. The header is right from the start, since the
+// length is known. The file's sum is made of the audio's, which the rip has anyway: another look at every byte would be
+// the dearest part of a rip from an image.
 
 #include "AudioFormat.h"
 #include "CDUnits.h"
 #include "RipFiles.h"
 #include "RipOutput.h"
 #include "RipWorker.h"
-#include "SecureHash.h"
 #include "WAVCreator.h"
 #include <atomic>
 #include <cerrno>
 #include <cstring>
 #include <mutex>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 namespace
@@ -25,9 +26,9 @@ constexpr size_t QUEUE_BYTES = 24 * 1024 * 1024;
 constexpr size_t COMMIT_BYTES = 10 * 1024 * 1024;
 static_assert(2 * COMMIT_BYTES < QUEUE_BYTES && 3 * COMMIT_BYTES > QUEUE_BYTES);
 
-constexpr size_t BLOCK_BYTES = 256 * 1024; // written until the second thread is handed a copy, at least
+constexpr size_t BLOCK_BYTES = 256 * 1024; // copied until the second thread is handed them, at least
 
-using BLOCK = std::vector<char>;
+using BLOCK = std::vector<unsigned char>;
 
 // Blocks that were used once and go on, so that a rip takes no memory for each.
 class SpareBlocks
@@ -63,10 +64,7 @@ private:
 class DescriptorWriter final : public ILyReader
 {
 public:
-    DescriptorWriter(int nDescriptor, std::shared_ptr<BLOCK> pWritten)
-        : m_nDescriptor(nDescriptor), m_pWritten(std::move(pWritten))
-    {
-    }
+    explicit DescriptorWriter(int nDescriptor) : m_nDescriptor(nDescriptor) {}
     ~DescriptorWriter() override
     {
         if (m_nDescriptor >= 0)
@@ -75,13 +73,6 @@ public:
 
     int GetError() const { return m_nError; } // of writing: errno, or 0
     bool Synchronise() { return Check(fsync(m_nDescriptor) == 0 || errno == EINVAL); }
-    size_t GetWrittenBytes() const { return m_pWritten->size(); } // since the last exchange
-    // What was written since then, for another block.
-    std::shared_ptr<BLOCK> Exchange(std::shared_ptr<BLOCK> pBlock)
-    {
-        m_pWritten.swap(pBlock);
-        return pBlock;
-    }
 
     bool Create() override { return false; }
     bool Open() override { return false; }
@@ -100,7 +91,6 @@ public:
                 break;
             nDone += static_cast<int>(nPart);
         }
-        m_pWritten->insert(m_pWritten->end(), static_cast<const char*>(p), static_cast<const char*>(p) + nDone);
         return nDone;
     }
     long long GetLength() override { return lseek(m_nDescriptor, 0, SEEK_END); }
@@ -131,19 +121,18 @@ private:
     }
 
     int m_nDescriptor;
-    std::shared_ptr<BLOCK> m_pWritten;
     int m_nError = 0;
 };
 
 // A WAV in the making.
 struct WAV_FILE
 {
-    WAV_FILE(const RIP_ORDER& wanted, SpareBlocks& spares) : order(wanted)
+    explicit WAV_FILE(const RIP_ORDER& wanted) : order(wanted)
     {
         pPartial = CreatePartialFile(order.strPath);
         if (!pPartial->GetIsOpen())
             return;
-        pWriter = std::make_unique<DescriptorWriter>(pPartial->TakeDescriptor(), spares.Take());
+        pWriter = std::make_unique<DescriptorWriter>(pPartial->TakeDescriptor());
         CAudioFormat format;
         format.SetFormat(16, LY_CD_SAMPLE_RATE, 2, false, _GUID(), true);
         bOpen = creator.Open(pWriter.get(), false, format, false, order.nFrames * LY_CD_FRAME_BYTES);
@@ -154,11 +143,8 @@ struct WAV_FILE
     std::unique_ptr<DescriptorWriter> pWriter; // goes behind the creator, which uses it
     CWAVCreator creator;
     bool bOpen = false;
-    std::atomic<bool> bAbandoned{false};
-
-    // The second thread's.
-    SHA256Hash hash;
-    long long nHashed = 0;
+    // Of no use any more: abandoned, or it could not be written. What waits for the second thread is dropped.
+    std::atomic<bool> bDropped{false};
 };
 
 class RipWAVOutput final : public RipOutput
@@ -169,24 +155,26 @@ public:
 
     void Begin(const RIP_ORDER& order) override;
     void Write(const unsigned char* pData, size_t nBytes) override;
-    void End() override;
+    void End(uint32_t nAudioCRC32) override;
     void Abandon() override;
     bool Wait(int nMs) override { return m_Worker.Wait(nMs); }
 
 private:
     void PassOn();
+    void WriteBlock(WAV_FILE& file, BLOCK& block);
+    void Commit(WAV_FILE& file, uint32_t nAudioCRC32);
     void Fail(WAV_FILE& file, int nError);
-    void Commit(WAV_FILE& file);
 
     IRipFileListener& m_Listener;
     std::shared_ptr<WAV_FILE> m_pFile;
+    std::shared_ptr<BLOCK> m_pBlock; // of its next audio
     SpareBlocks m_Spares;
     RipWorker m_Worker{QUEUE_BYTES}; // the last member: it uses the others
 };
 
 void RipWAVOutput::Begin(const RIP_ORDER& order)
 {
-    m_pFile = std::make_shared<WAV_FILE>(order, m_Spares);
+    m_pFile = std::make_shared<WAV_FILE>(order);
     if (m_pFile->bOpen)
         return;
     const int nWriterError = m_pFile->pWriter != nullptr ? m_pFile->pWriter->GetError() : 0;
@@ -196,76 +184,75 @@ void RipWAVOutput::Begin(const RIP_ORDER& order)
 
 void RipWAVOutput::Write(const unsigned char* pData, size_t nBytes)
 {
-    if (m_pFile == nullptr)
+    if (m_pFile == nullptr || m_pFile->bDropped)
         return;
-    // The bytes are not swapped, so that the writer leaves them as they are.
-    if (m_pFile->creator.WritePCMData(const_cast<unsigned char*>(pData), static_cast<long long>(nBytes)) != 0)
-    {
-        Fail(*m_pFile, m_pFile->pWriter->GetError());
-        return Abandon();
-    }
-    if (m_pFile->pWriter->GetWrittenBytes() >= BLOCK_BYTES)
+    if (m_pBlock == nullptr)
+        m_pBlock = m_Spares.Take();
+    m_pBlock->insert(m_pBlock->end(), pData, pData + nBytes);
+    if (m_pBlock->size() >= BLOCK_BYTES)
         PassOn();
 }
 
 // Where the second thread is far behind, this waits for it.
 void RipWAVOutput::PassOn()
 {
-    const std::shared_ptr<BLOCK> pBlock = m_pFile->pWriter->Exchange(m_Spares.Take());
+    const std::shared_ptr<BLOCK> pBlock = std::exchange(m_pBlock, nullptr);
+    if (pBlock == nullptr)
+        return;
     m_Worker.Add(
         [this, pFile = m_pFile, pBlock]
         {
-            if (!pFile->bAbandoned)
-                pFile->hash.Add(pBlock->data(), pBlock->size());
-            pFile->nHashed += static_cast<long long>(pBlock->size());
+            WriteBlock(*pFile, *pBlock);
             m_Spares.Give(pBlock);
         },
         pBlock->size());
 }
 
-void RipWAVOutput::End()
+void RipWAVOutput::WriteBlock(WAV_FILE& file, BLOCK& block)
+{
+    if (!file.bDropped && file.creator.WritePCMData(block.data(), static_cast<long long>(block.size())) != 0)
+        Fail(file, file.pWriter->GetError());
+}
+
+void RipWAVOutput::End(uint32_t nAudioCRC32)
 {
     if (m_pFile == nullptr)
         return;
-    // The header has promised the length. Nobody ends a file ahead of it.
-    const bool bWhole = m_pFile->creator.m_nDataBytes == m_pFile->order.nFrames * LY_CD_FRAME_BYTES;
-    (void)m_pFile->creator.FinalizeWAV();
-    if (!bWhole)
-    {
-        Fail(*m_pFile, EIO);
-        return Abandon();
-    }
     PassOn();
-    m_Worker.Add([this, pFile = std::move(m_pFile)] { Commit(*pFile); }, COMMIT_BYTES);
+    m_Worker.Add([this, pFile = std::move(m_pFile), nAudioCRC32] { Commit(*pFile, nAudioCRC32); }, COMMIT_BYTES);
 }
 
 // The file goes with the last task that knows it, at once.
 void RipWAVOutput::Abandon()
 {
     if (m_pFile != nullptr)
-        m_pFile->bAbandoned = true;
+        m_pFile->bDropped = true;
     m_pFile.reset();
+    m_pBlock.reset();
+}
+
+void RipWAVOutput::Commit(WAV_FILE& file, uint32_t nAudioCRC32)
+{
+    if (file.bDropped)
+        return;
+    // The header has promised the length. Nobody ends a file ahead of it.
+    const bool bWhole = file.creator.m_nDataBytes == file.order.nFrames * LY_CD_FRAME_BYTES;
+    (void)file.creator.FinalizeWAV();
+    if (!bWhole || file.pWriter->GetError() != 0 || !file.pWriter->Synchronise())
+        return Fail(file, bWhole ? file.pWriter->GetError() : EIO);
+    errno = 0;
+    if (!file.pPartial->Finish() ||
+        !SumUpWaveFile(file.order.strPath, nAudioCRC32, file.order.nFrames, file.order.file))
+        return Fail(file, errno);
+    m_Listener.OnRipFile(file.order.nGroup, file.order.file, false);
 }
 
 // Any failure to write is one of the place: no other file would fare better.
 void RipWAVOutput::Fail(WAV_FILE& file, int nError)
 {
+    file.bDropped = true;
     file.order.file.strError = file.order.file.strName + " cannot be written (" + std::strerror(nError) + ")";
     m_Listener.OnRipFile(file.order.nGroup, file.order.file, true);
-}
-
-void RipWAVOutput::Commit(WAV_FILE& file)
-{
-    const bool bGood = file.pWriter->GetError() == 0 && file.pWriter->Synchronise();
-    if (!bGood)
-        return Fail(file, file.pWriter->GetError());
-    errno = 0;
-    if (!file.pPartial->Finish())
-        return Fail(file, errno);
-    const SHA256Hash::DIGEST digest = file.hash.Finish();
-    file.order.file.nBytes = file.nHashed;
-    file.order.file.strSHA256 = MakeHexText(digest.data(), digest.size());
-    m_Listener.OnRipFile(file.order.nGroup, file.order.file, false);
 }
 } // namespace
 

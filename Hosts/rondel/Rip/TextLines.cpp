@@ -1,5 +1,6 @@
 #include "TextLines.h"
 #include "CDUnits.h"
+#include "CRC32.h"
 #include "LogEscapes.h"
 #include "Text.h"
 #include <algorithm>
@@ -85,7 +86,7 @@ std::string FormatReal(double f, const char* pUnit, int nDecimals)
     return FormatText("%.*f %s", nDecimals, f, pUnit);
 }
 
-std::string FormatSum(unsigned int nSum) { return nSum != 0 ? FormatText("%08X", nSum) : "not known"; }
+std::string FormatSum(unsigned int nSum) { return nSum != 0 ? MakeCRC32Text(nSum) : "not known"; }
 
 std::string FormatSpeed(int nSectors, double fSeconds)
 {
