@@ -89,7 +89,7 @@ std::string GetFullName(const std::string& strDisc)
 std::string GetDrivePath(const std::string& strDisc)
 {
     std::error_code error;
-    const std::string strPath = GetFullName(strDisc);
+    std::string strPath = GetFullName(strDisc);
     if (strPath.find(',') == std::string::npos || !std::filesystem::exists(strDisc, error))
         return strPath;
     static constexpr char HEX_DIGITS[] = "0123456789ABCDEF";

@@ -4,8 +4,6 @@
 
 namespace
 {
-constexpr size_t VECTORS = 2; // at a time: each waits for the one before it
-
 // Samples that are looked at together.
 struct VECTOR
 {
@@ -16,33 +14,37 @@ struct AVX2_VECTOR
     using SAMPLES [[gnu::vector_size(32)]] = short;
 };
 
-// Adds whole steps and answers how many samples that were.
+// Adds whole steps and answers how many samples that were. A step has two vectors, since each waits for the one before
+// it. They are named, not an array, which would lie in memory.
 template <class V>
 [[gnu::always_inline]] inline size_t AddSteps(RIP_WAVE_POINT& point, const short* pSamples, size_t nSamples)
 {
     using SAMPLES = typename V::SAMPLES;
     constexpr size_t LANES = sizeof(SAMPLES) / sizeof(short);
-    constexpr size_t STEP = VECTORS * LANES;
+    constexpr size_t STEP = 2 * LANES;
     if (nSamples < STEP)
         return 0;
-    SAMPLES aryLow[VECTORS];
-    std::memcpy(aryLow, pSamples, sizeof aryLow);
-    SAMPLES aryHigh[VECTORS] = {aryLow[0], aryLow[1]};
+    SAMPLES low1;
+    std::memcpy(&low1, pSamples, sizeof low1);
+    SAMPLES low2 = low1;
+    SAMPLES high1 = low1;
+    SAMPLES high2 = low1;
     size_t nDone = 0;
     for (; nDone + STEP <= nSamples; nDone += STEP)
     {
-        SAMPLES arySamples[VECTORS];
-        std::memcpy(arySamples, pSamples + nDone, sizeof arySamples);
-        for (size_t n = 0; n < VECTORS; ++n)
-        {
-            aryLow[n] = arySamples[n] < aryLow[n] ? arySamples[n] : aryLow[n];
-            aryHigh[n] = arySamples[n] > aryHigh[n] ? arySamples[n] : aryHigh[n];
-        }
+        SAMPLES samples1;
+        SAMPLES samples2;
+        std::memcpy(&samples1, pSamples + nDone, sizeof samples1);
+        std::memcpy(&samples2, pSamples + nDone + LANES, sizeof samples2);
+        low1 = samples1 < low1 ? samples1 : low1;
+        low2 = samples2 < low2 ? samples2 : low2;
+        high1 = samples1 > high1 ? samples1 : high1;
+        high2 = samples2 > high2 ? samples2 : high2;
     }
     for (size_t n = 0; n < LANES; ++n)
     {
-        point.nLow = std::min<short>({point.nLow, aryLow[0][n], aryLow[1][n]});
-        point.nHigh = std::max<short>({point.nHigh, aryHigh[0][n], aryHigh[1][n]});
+        point.nLow = std::min<short>({point.nLow, low1[n], low2[n]});
+        point.nHigh = std::max<short>({point.nHigh, high1[n], high2[n]});
     }
     return nDone;
 }
