@@ -210,6 +210,17 @@ void SetPicture(CID3v2Tag& tag, const TAG_PICTURE& picture)
 }
 } // namespace
 
+TAG_EDIT MakeTagEdit(const TAG_FIELDS& fields, const std::string& strPicture)
+{
+    TAG_EDIT edit;
+    for (const auto& field : fields)
+        if (!field.second.empty())
+            edit.changes.push_back(field);
+    if (!strPicture.empty())
+        edit.pPicture = LoadTagPicture(strPicture);
+    return edit;
+}
+
 void ApplyTagEdit(CID3v2Tag& tag, const TAG_EDIT& edit)
 {
     for (const auto& [strSpelling, strValue] : edit.changes)

@@ -22,7 +22,13 @@ struct TAG_EDIT
 {
     TAG_FIELDS changes;                          // in any spelling of the names; an empty value takes the field out
     std::shared_ptr<const TAG_PICTURE> pPicture; // null: none is given
+
+    bool IsEmpty() const { return changes.empty() && pPicture == nullptr; }
 };
+
+// What gives a tag these fields, those without a value left out, and a picture of that name if there is one. HostError
+// as LoadTagPicture.
+TAG_EDIT MakeTagEdit(const TAG_FIELDS& fields, const std::string& strPicture);
 
 // A field that has its value already is left as it is, and a tag of such fields is not changed at all. Where the edit
 // changes anything, tag.m_bDirty is set.

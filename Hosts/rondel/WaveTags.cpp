@@ -41,13 +41,8 @@ void TakeBack(int nDescriptor, const WAVE_START& start)
 void TagWaveFile(const std::string& strPath, const std::vector<std::pair<std::string, std::string>>& aryFields,
                  const std::string& strPicture)
 {
-    TAG_EDIT edit;
-    for (const auto& field : aryFields)
-        if (!field.second.empty())
-            edit.changes.push_back(field);
-    if (!strPicture.empty())
-        edit.pPicture = LoadTagPicture(strPicture);
-    if (edit.changes.empty() && edit.pPicture == nullptr)
+    const TAG_EDIT edit = MakeTagEdit(aryFields, strPicture);
+    if (edit.IsEmpty())
         return;
     const int nDescriptor = open(strPath.c_str(), O_RDWR | O_CLOEXEC);
     if (nDescriptor < 0)

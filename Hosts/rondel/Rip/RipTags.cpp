@@ -138,15 +138,9 @@ private:
 
     static void SaveCopy(const std::string& strPath, const TAG_FIELDS& fields, const std::string& strPicture)
     {
-        TAG_EDIT edit;
-        for (const auto& field : fields)
-            if (!field.second.empty())
-                edit.changes.push_back(field);
-        if (!strPicture.empty())
-            edit.pPicture = LoadTagPicture(strPicture);
-        if (edit.changes.empty() && edit.pPicture == nullptr)
-            return;
-        TagFile(strPath).Save([&edit](CID3v2Tag& tag) { ApplyTagEdit(tag, edit); });
+        const TAG_EDIT edit = MakeTagEdit(fields, strPicture);
+        if (!edit.IsEmpty())
+            TagFile(strPath).Save([&edit](CID3v2Tag& tag) { ApplyTagEdit(tag, edit); });
     }
 
     RIP_REPORT& m_Report;

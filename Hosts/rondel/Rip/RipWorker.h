@@ -1,4 +1,4 @@
-// RipWorker: a thread of its own for what may take longer than reading: encoders, and the ends of files. Tasks run one
+// RipWorker: a thread of its own for what may take longer than reading: encoders, and writing files. Tasks run one
 // after the other in the order in which they came. Who brings more than the queue may hold waits until there is room:
 // a slow encoder holds up the reading no earlier than that.
 //
