@@ -4,7 +4,6 @@
 #include "RipperLib/FaultyDrive.h"
 #include "RipTest.h"
 #include <atomic>
-#include <thread>
 
 namespace
 {
@@ -139,24 +138,12 @@ private:
 const std::string CampaignRip::s_strDisc = MakePatternSectors(0, DISC_SECTORS);
 } // namespace
 
-// Many at a time: a drive that fails mostly sleeps.
 TEST(RondelRipCampaign, EverySectorOfEveryFileIsRightOrNamed)
 {
     constexpr int THREADS = 8;
-    const int nFirst = GetCampaignFirst();
     const int nSeeds = GetCampaignSeeds();
     TALLY tally;
-    std::atomic<int> nNext{nFirst};
-    std::vector<std::thread> aryThreads;
-    for (int i = 0; i < THREADS; ++i)
-        aryThreads.emplace_back(
-            [&]
-            {
-                for (int nSeed = nNext++; nSeed < nFirst + nSeeds; nSeed = nNext++)
-                    CampaignRip(nSeed, tally).Run();
-            });
-    for (std::thread& thread : aryThreads)
-        thread.join();
+    RunCampaign(THREADS, [&] { return [&](int nSeed) { CampaignRip(nSeed, tally).Run(); }; });
     std::printf("%d drives: %d whole, %d broken off, %d sectors in files, of them %d wrong and %d named\n", nSeeds,
                 tally.m_nWhole.load(), tally.m_nBroken.load(), tally.m_nFiled.load(), tally.m_nWrong.load(),
                 tally.m_nNamed.load());

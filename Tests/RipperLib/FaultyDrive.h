@@ -5,9 +5,12 @@
 #pragma once
 
 #include "CDUnits.h"
+#include <atomic>
 #include <cstdlib>
 #include <random>
 #include <string>
+#include <thread>
+#include <vector>
 
 constexpr int CAMPAIGN_SEEDS = 50; // in a test; the long form takes 2000
 
@@ -18,6 +21,26 @@ inline int GetCampaignNumber(const char* pVariable, int nDefault)
 }
 inline int GetCampaignFirst() { return GetCampaignNumber("RONDEL_CAMPAIGN_FIRST", 1); }
 inline int GetCampaignSeeds() { return GetCampaignNumber("RONDEL_CAMPAIGN_SEEDS", CAMPAIGN_SEEDS); }
+
+// Runs all seeds, many at a time: a drive that fails mostly sleeps. Each thread makes a run of its own, and calls it
+// with one seed after the other.
+template <class MAKE_RUN>
+void RunCampaign(int nThreads, MAKE_RUN makeRun)
+{
+    const int nEnd = GetCampaignFirst() + GetCampaignSeeds();
+    std::atomic<int> nNext{GetCampaignFirst()};
+    std::vector<std::thread> aryThreads;
+    for (int i = 0; i < nThreads; ++i)
+        aryThreads.emplace_back(
+            [&]
+            {
+                auto run = makeRun();
+                for (int nSeed = nNext++; nSeed < nEnd; nSeed = nNext++)
+                    run(nSeed);
+            });
+    for (std::thread& thread : aryThreads)
+        thread.join();
+}
 
 struct FAULTY_DRIVE
 {

@@ -5,7 +5,7 @@
 #include "ProfiledRip.h"
 #include <atomic>
 #include <cstdio>
-#include <thread>
+#include <memory>
 
 namespace
 {
@@ -41,26 +41,14 @@ void RipOne(ProfiledRip& rip, int nSeed, TALLY& tally)
 }
 } // namespace
 
-// Many at a time: a drive that fails mostly sleeps.
 TEST(RipCampaign, EverySectorIsRightOrNamed)
 {
     constexpr int THREADS = 16;
-    const int nFirst = GetCampaignFirst();
     const int nSeeds = GetCampaignSeeds();
     ProfiledRip::UseBuiltService();
     TALLY tally;
-    std::atomic<int> nNext{nFirst};
-    std::vector<std::thread> aryThreads;
-    for (int i = 0; i < THREADS; ++i)
-        aryThreads.emplace_back(
-            [&]
-            {
-                ProfiledRip rip;
-                for (int nSeed = nNext++; nSeed < nFirst + nSeeds; nSeed = nNext++)
-                    RipOne(rip, nSeed, tally);
-            });
-    for (std::thread& thread : aryThreads)
-        thread.join();
+    RunCampaign(THREADS,
+                [&] { return [&, pRip = std::make_unique<ProfiledRip>()](int n) { RipOne(*pRip, n, tally); }; });
     std::printf("%d drives: %d whole, %d sectors wrong, %d named, %d re-reads\n", nSeeds, tally.m_nWhole.load(),
                 tally.m_nWrong.load(), tally.m_nNamed.load(), tally.m_nReReads.load());
     // The campaign has met something.
