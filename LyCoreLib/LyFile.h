@@ -108,7 +108,7 @@ public:
 
     void* GetAddress() const { return m_pAddress; } // null if there is none
     int GetSize() const { return m_nMappedBytes; }  // bytes, whole pages
-    bool GetIsOlderThanProcess() const;             // the block was there before this process began
+    bool GetIsOlderThanProcess() const;             // it was there before this process began, or is another user's
 
 private:
     void Map(int nBytes, bool bNew);

@@ -67,7 +67,9 @@ bool LySharedMemory::GetIsOlderThanProcess() const
 {
     constexpr double CLOCK_GRAIN_SECONDS = 2; // files and processes are stamped by different clocks
     struct stat status;
-    return m_nDescriptor != -1 && fstat(m_nDescriptor, &status) == 0 &&
+    if (m_nDescriptor == -1 || fstat(m_nDescriptor, &status) != 0)
+        return false;
+    return status.st_uid != geteuid() ||
            static_cast<double>(status.st_mtime) + CLOCK_GRAIN_SECONDS < LyPlatform::GetProcessStartSeconds();
 }
 

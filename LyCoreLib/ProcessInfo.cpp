@@ -7,6 +7,7 @@
 #include <cstring>
 #include <cwchar>
 #include <new>
+#include <unistd.h>
 
 namespace
 {
@@ -36,6 +37,21 @@ LyString ReadPath(const wchar_t* pField)
     strPath.FromStringInMemoryFast(pField, static_cast<int>(wcsnlen(pField, CProcessInfoData::PATH_CHARS - 1)));
     return strPath;
 }
+
+// False if the block is still that of a process that is gone. A process that was killed leaves its block behind, and
+// one that died while it made the block leaves one without size. The paths of either are not those of a later process
+// of its number, which would load its libraries from there.
+bool AllocateOwnBlock(LySharedStructure<CProcessInfoData>& block, const LyString& strName)
+{
+    // The first attempt at such a block removes its name.
+    for (int nAttempt = 0; nAttempt < 2; ++nAttempt)
+    {
+        if (block.Allocate(strName, static_cast<int>(sizeof(CProcessInfoData))) && !block.GetIsOlderThanProcess())
+            return true;
+    }
+    block.Free();
+    return false;
+}
 } // namespace
 
 constinit std::atomic<HINSTANCE__*> CProcessInfo::s_hInstance{nullptr};
@@ -50,16 +66,12 @@ void CopyStringToFixedBuffer(wchar_t* pBuffer, const wchar_t* pText, int nChars)
 
 CProcessInfo::CProcessInfo()
 {
-    LyFormatString strName(L"Lyndle Process v%d (%d)", PROCESS_INFO_VERSION, LyProcess::GetCurrentProcessId());
-    m_pData.Set(new LySharedStructure<CProcessInfoData>(strName), true, false);
-    // A process that died while it made the block leaves one without size, perhaps to this process's number. The first
-    // attempt failed on it and removed it.
-    if (GetData() == nullptr)
-        (void)m_pData->Allocate(strName, static_cast<int>(sizeof(CProcessInfoData)));
-    // A process that was killed leaves its block behind. Its paths are not those of a later process of its number,
-    // which would load its libraries from there.
-    if (GetData() != nullptr && m_pData->GetIsOlderThanProcess())
-        (void)m_pData->Allocate(strName, static_cast<int>(sizeof(CProcessInfoData)));
+    m_pData.Set(new LySharedStructure<CProcessInfoData>, true, false);
+    const LyFormatString strName(L"Lyndle Process v%d (%d)", PROCESS_INFO_VERSION, LyProcess::GetCurrentProcessId());
+    // Where another user's killed process has left a block under this name, nobody else can remove it. The libraries of
+    // this process then meet under a name with the user in it.
+    if (!AllocateOwnBlock(*m_pData, strName))
+        (void)AllocateOwnBlock(*m_pData, LyFormatString(L"%s of user %d", strName, static_cast<int>(geteuid())));
     if (GetData() != nullptr && GetData()->m_nFilled == 0)
         GetDefaultProcessInformation();
     m_bReady = true;

@@ -124,7 +124,12 @@ std::string GetCTDBText(const CD_LAYOUT& layout)
         return {};
     std::string strText;
     for (const CD_LAYOUT_TRACK& track : layout.m_aryTracks)
-        strText += (track.m_bData ? "-" : "") + std::to_string(track.m_nStart) + ':';
+    {
+        if (track.m_bData)
+            strText += '-';
+        strText += std::to_string(track.m_nStart);
+        strText += ':';
+    }
     return strText + std::to_string(layout.m_nLeadOut);
 }
 

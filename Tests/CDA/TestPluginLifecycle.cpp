@@ -7,7 +7,6 @@
 #include <climits>
 #include <ctime>
 #include <malloc.h>
-#include <sys/mman.h>
 #include <thread>
 
 namespace
@@ -200,9 +199,6 @@ namespace
 int PlayAsPlainUser(const std::filesystem::path& folder, const std::filesystem::path& disc)
 {
     constexpr unsigned int NOBODY = 65534;
-    // A process that was killed, as tests do, leaves its block behind, and numbers come again: nobody may not open
-    // root's.
-    (void)shm_unlink(("/Lyndle Process v20 (" + std::to_string(getpid()) + ")").c_str());
     if (getuid() == 0 && (setgid(NOBODY) != 0 || setuid(NOBODY) != 0))
         return 2;
     CProcessInfo info;

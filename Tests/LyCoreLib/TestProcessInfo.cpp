@@ -11,6 +11,7 @@
 #include <string>
 #include <sys/mman.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 #include <vector>
@@ -231,6 +232,48 @@ TEST_F(ProcessInfoTest, BlockLeftWithoutSizeIsReplaced)
     CProcessInfo process;
     EXPECT_TRUE(process.GetInstallPath() == Wide(GetProgramFolder()));
     EXPECT_TRUE(RawBlock().GetIsThere());
+}
+
+namespace
+{
+// As nobody, with a block of root's under the name. Root's block cannot be removed, and if all may write it, it is
+// still not trusted: libraries would be loaded from where it says.
+int MeetBesideForeignBlock(mode_t nPermissions)
+{
+    constexpr unsigned int NOBODY = 65534;
+    const RawBlock foreign(RawBlock::SIZE, true);
+    if (!foreign.GetIsThere())
+        return 1;
+    foreign.At<int>(0) = 1;
+    foreign.At<wchar_t>(3088) = L'x'; // a shared library path
+    if (chmod(("/dev/shm" + GetBlockName()).c_str(), nPermissions) != 0 || setgid(NOBODY) != 0 || setuid(NOBODY) != 0)
+        return 2;
+    CProcessInfo first;
+    CProcessInfo second;
+    if (first.GetSharedLibraryPath() != Wide(GetProgramFolder()))
+        return 3;
+    first.SetSharedLibraryPath(L"/opt/other/");
+    return second.GetSharedLibraryPath() == L"/opt/other/" ? 0 : 4;
+}
+} // namespace
+
+using ProcessInfoDeathTest = ProcessInfoTest;
+
+TEST_F(ProcessInfoDeathTest, LibrariesMeetUnderAnotherNameWhereAnotherUserHasLeftABlock)
+{
+    if (getuid() != 0)
+        GTEST_SKIP() << "needs root, who can become another user";
+    for (const mode_t nPermissions : {0600U, 0666U})
+    {
+        pid_t nChild = fork();
+        ASSERT_NE(-1, nChild);
+        if (nChild == 0)
+            _exit(MeetBesideForeignBlock(nPermissions));
+        int nStatus = 0;
+        ASSERT_EQ(nChild, waitpid(nChild, &nStatus, 0));
+        EXPECT_EQ(0, WIFEXITED(nStatus) ? WEXITSTATUS(nStatus) : -1) << std::oct << nPermissions;
+        (void)shm_unlink(("/Lyndle Process v20 (" + std::to_string(nChild) + ")").c_str());
+    }
 }
 
 TEST_F(ProcessInfoTest, WithoutBlockPathsAreEmptyAndCannotBeSet)
