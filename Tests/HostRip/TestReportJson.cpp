@@ -63,6 +63,15 @@ TEST(ReportJson, TheStateKeepsEveryMember)
     EXPECT_EQ(strState, MakeStateText(ReadReport(strState)));
 }
 
+TEST(ReportJson, ATextThatLooksLikeRowsStaysText)
+{
+    RIP_REPORT report = MakeFullReport();
+    for (RIP_PIECE& piece : report.aryPieces)
+        piece.strTitle = R"("wave":"","speed":"")";
+    report.aryPieces[0].series.aryWave.clear();
+    EXPECT_EQ(LeafText::Make(report), LeafText::Make(ReadReport(MakeStateText(report))));
+}
+
 TEST(ReportJson, TheStateKeepsAnEmptyReport)
 {
     const RIP_REPORT report;

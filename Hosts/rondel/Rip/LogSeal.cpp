@@ -1,6 +1,8 @@
 #include "LogSeal.h"
 #include "SecureHash.h"
+#include <algorithm>
 #include <cstdint>
+#include <utility>
 
 namespace
 {
@@ -20,7 +22,8 @@ std::string MakeDigits(std::string_view str)
 std::string Seal(std::string strLog, std::string_view before, std::string_view behind)
 {
     const std::string strDigits = MakeDigits(strLog);
-    return strLog.append(before).append(strDigits).append(behind);
+    strLog.append(before).append(strDigits).append(behind);
+    return strLog;
 }
 
 // Both kinds keep to one form, to the byte: a seal that is only nearly one could hide a change in itself.
@@ -45,12 +48,11 @@ LOG_SEAL_STATE CheckSeal(std::string_view strLog)
                                           : Check(strLog, TEXT_BEFORE, TEXT_BEHIND);
 }
 
-std::string SealTextLog(const std::string& strLog) { return Seal(strLog, TEXT_BEFORE, TEXT_BEHIND); }
+std::string SealTextLog(std::string strLog) { return Seal(std::move(strLog), TEXT_BEFORE, TEXT_BEHIND); }
 
-std::string SealJsonLog(const std::string& strLog)
+std::string SealJsonLog(std::string strLog)
 {
-    std::string_view members = strLog;
-    members = members.substr(0, members.rfind('}'));
-    members = members.substr(0, members.find_last_not_of(BLANKS) + 1);
-    return Seal(std::string(members) + ",\n", JSON_BEFORE, JSON_BEHIND);
+    strLog.resize(std::min(strLog.rfind('}'), strLog.size()));
+    strLog.resize(strLog.find_last_not_of(BLANKS) + 1);
+    return Seal(std::move(strLog.append(",\n")), JSON_BEFORE, JSON_BEHIND);
 }

@@ -27,7 +27,9 @@ enum LOG_SEAL_STATE : int
 LOG_KIND GetLogKind(std::string_view strLog);
 LOG_SEAL_STATE CheckSeal(std::string_view strLog);
 
+constexpr size_t LOG_SEAL_BYTES = 100; // that a seal adds, at most
+
 // The log with its seal. The text ends with LF.
-std::string SealTextLog(const std::string& strLog);
+std::string SealTextLog(std::string strLog);
 // The object begins with a brace, has a member at least, and ends with one on a line of its own.
-std::string SealJsonLog(const std::string& strLog);
+std::string SealJsonLog(std::string strLog);

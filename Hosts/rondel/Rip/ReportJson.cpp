@@ -19,6 +19,35 @@ json MakeReal(double f)
     return f;
 }
 
+// Long rows as texts, in the order of the document. They are put in behind the JSON writer, which looks at every
+// character of a text and would take longer for these than for all else together.
+struct ROWS_TEXT
+{
+    const char* pKey;
+    std::string strText;
+};
+
+// Each text where the writer has left an empty one under its key. Nothing else looks like that: the writer escapes the
+// quotation marks within texts.
+std::string PutRowsIn(const std::string& strJson, const std::vector<ROWS_TEXT>& aryRows)
+{
+    size_t nSize = strJson.size() + LOG_SEAL_BYTES; // the state is long: it is made where it stays
+    for (const ROWS_TEXT& rows : aryRows)
+        nSize += rows.strText.size();
+    std::string strResult;
+    strResult.reserve(nSize);
+    size_t nPlace = 0;
+    for (const ROWS_TEXT& rows : aryRows)
+    {
+        const std::string strEmpty = std::string("\"").append(rows.pKey).append("\":\"\"");
+        const size_t nBehindMark = strJson.find(strEmpty, nPlace) + strEmpty.size() - 1;
+        strResult.append(strJson, nPlace, nBehindMark - nPlace).append(rows.strText);
+        nPlace = nBehindMark;
+    }
+    strResult.append(strJson, nPlace);
+    return strResult;
+}
+
 // Makes the object of one record.
 class ReportWriter
 {
@@ -26,7 +55,8 @@ public:
     template <class T>
     using Ref = const T&;
 
-    explicit ReportWriter(bool bState) : m_bState(bState) {}
+    // With pRows it is a state's record, with series; a log's without.
+    explicit ReportWriter(std::vector<ROWS_TEXT>* pRows) : m_pRows(pRows) {}
     json&& Take() { return std::move(m_value); }
 
     void Text(const char* pKey, const std::string& str) { m_value[pKey] = str; }
@@ -65,7 +95,7 @@ public:
     template <class RECORD>
     void Series(const char* pKey, const RECORD& record)
     {
-        if (m_bState)
+        if (m_pRows != nullptr)
             Record(pKey, record);
     }
 
@@ -79,7 +109,7 @@ public:
     void Texts(const char* pKey, const std::vector<std::string>& aryTexts) { m_value[pKey] = aryTexts; }
     void StateTexts(const char* pKey, const std::vector<std::string>& aryTexts)
     {
-        if (m_bState)
+        if (m_pRows != nullptr)
             Texts(pKey, aryTexts);
     }
     void Reals(const char* pKey, const std::vector<double>& aryValues)
@@ -89,34 +119,44 @@ public:
             list.push_back(MakeReal(f));
     }
     template <class ROW>
-    void Rows(const char* pKey, const std::vector<ROW>& aryRows)
+    void Rows(const char* pKey, const std::vector<ROW>& aryRows) // of series
     {
-        m_value[pKey] = PackRows(aryRows);
+        m_value[pKey] = "";
+        m_pRows->push_back({pKey, PackRows(aryRows)});
     }
 
 private:
     template <class RECORD>
     json Make(const RECORD& record) const
     {
-        ReportWriter writer(m_bState);
+        ReportWriter writer(m_pRows);
         Fields(writer, record);
         return writer.Take();
     }
 
     json m_value = json::object();
-    bool m_bState;
+    std::vector<ROWS_TEXT>* m_pRows;
 };
 
-std::string MakeJson(const RIP_REPORT& report, bool bState, int nIndent)
+constexpr int INDENT = 2;
+constexpr int ONE_LINE = -1; // without blanks
+
+std::string MakeJson(const RIP_REPORT& report, std::vector<ROWS_TEXT>* pRows, int nIndent)
 {
-    ReportWriter writer(bState);
+    ReportWriter writer(pRows);
     writer.Text(REPORT_FORMAT_KEY, REPORT_FORMAT);
     writer.Number(REPORT_VERSION_KEY, REPORT_VERSION);
     Fields(writer, report);
-    return SealJsonLog(writer.Take().dump(nIndent, ' ', false, json::error_handler_t::replace));
+    return writer.Take().dump(nIndent, ' ', false, json::error_handler_t::replace);
 }
 } // namespace
 
-std::string MakeJsonLog(const RIP_REPORT& report) { return MakeJson(report, false, 2); }
+std::string MakeJsonLog(const RIP_REPORT& report) { return SealJsonLog(MakeJson(report, nullptr, INDENT)); }
 
-std::string MakeStateText(const RIP_REPORT& report) { return MakeJson(report, true, -1); } // long, and not for people
+// Not for people, and written often.
+std::string MakeStateText(const RIP_REPORT& report)
+{
+    std::vector<ROWS_TEXT> aryRows;
+    const std::string strJson = MakeJson(report, &aryRows, ONE_LINE);
+    return SealJsonLog(PutRowsIn(strJson, aryRows));
+}

@@ -14,11 +14,13 @@ int GetDigit(char ch)
 
 void RowPacker::AddBits(uint64_t nBits, size_t nBytes)
 {
-    for (; nBytes > 0; --nBytes, nBits >>= 8)
+    char aryDigits[2 * sizeof nBits];
+    for (size_t n = 0; n < 2 * nBytes; n += 2, nBits >>= 8)
     {
-        m_strText += DIGITS[nBits >> 4 & 15];
-        m_strText += DIGITS[nBits & 15];
+        aryDigits[n] = DIGITS[nBits >> 4 & 15];
+        aryDigits[n + 1] = DIGITS[nBits & 15];
     }
+    m_strText.append(aryDigits, 2 * nBytes);
 }
 
 uint64_t RowUnpacker::TakeBits(size_t nBytes)
