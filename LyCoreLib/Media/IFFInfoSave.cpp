@@ -53,7 +53,8 @@ MetadataSave::MetadataSave(CIFFInfo& info, bool bRemoveTag)
       m_nUITSIndex(m_pUITS != nullptr ? m_pUITS->m_nChunkIndex : CUITSChunk::NOT_IN_FILE),
       m_bRemoval(bRemoveTag && info.m_ID3v2Tag.m_nFilePosition >= CIFFInfo::FIRST_TAG_POSITION),
       m_bTagChange(info.m_ID3v2Tag.m_bDirty || m_bRemoval), m_bUITSChange(m_pUITS != nullptr && m_pUITS->m_bDirty),
-      m_nTagHeaderPos(info.m_ID3v2Tag.m_nFilePosition - CIFFChunk::HEADER_BYTES)
+      m_nTagHeaderPos(std::max<long long>(info.m_ID3v2Tag.m_nFilePosition, CIFFChunk::HEADER_BYTES) -
+                      CIFFChunk::HEADER_BYTES)
 {
 }
 

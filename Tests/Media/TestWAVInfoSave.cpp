@@ -3,6 +3,7 @@
 #include "MemoryReader.h"
 #include "WaveFiles.h"
 #include "WAVInfo.h"
+#include <climits>
 #include <cstring>
 #include <gtest/gtest.h>
 #include <memory>
@@ -224,6 +225,20 @@ TEST_F(SaveTest, BehindANewTagTheUITSChunkIsWrittenAgain)
     EXPECT_EQ("fmt datajunkid3 UITS", Names(GetFile()));
     EXPECT_EQ(GetRightRoot(), GetRoot());
     EXPECT_STREQ(L"abcd", GetSaved(L"UITS Payload"));
+}
+
+TEST_F(SaveTest, ATagThatSaysItComesFromNoPlaceAtAllIsANewOne)
+{
+    for (const long long nPosition : {-1LL, LLONG_MIN + 7, LLONG_MIN})
+    {
+        Open(Chunk("UITS", "abcd") + Chunk("tail", "ef"));
+        ASSERT_TRUE(m_pInfo->Set(L"Name", L"Title"));
+        m_pInfo->m_ID3v2Tag.m_nFilePosition = nPosition;
+        EXPECT_TRUE(Save());
+        EXPECT_EQ("fmt datatailid3 UITS", Names(GetFile())) << nPosition;
+        EXPECT_EQ(GetRightRoot(), GetRoot());
+        Forget();
+    }
 }
 
 TEST_F(SaveTest, ATagThatGrowsMovesToTheEnd)
