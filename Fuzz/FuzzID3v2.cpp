@@ -47,8 +47,27 @@ FRAMES GetFrames(CID3v2Tag& tag, const LyString& strField)
     return frames;
 }
 
+// A binary value is the end of the body, and a copy of the properties has it before and after anybody asked for it.
+void CheckBinaryValue(const CID3v2Frame& frame)
+{
+    const LyPropertyMap copy(frame.m_Properties);
+    Check(copy.CompareProperties(frame.m_Properties));
+    const bool bBinary = frame.GetType() == ID3V2_FRAME_TYPE_PICTURE || frame.GetType() == ID3V2_FRAME_TYPE_PRIVATE;
+    if (!bBinary || frame.m_Header.HasFlag(ID3V2_FRAME_FLAG_UNSYNCHRONIZED) ||
+        frame.m_Header.HasFlag(ID3V2_FRAME_FLAG_COMPRESSED))
+        return;
+    LyBuffer bytes;
+    if (!bytes.FromStringBase64(frame.m_Properties.GetProperty(CID3v2Property::VALUE)))
+        return;
+    const int nBefore = frame.m_Data.GetSize() - bytes.GetSize();
+    Check(nBefore >= 0 &&
+          std::equal(bytes.GetData(), bytes.GetData() + bytes.GetSize(), frame.m_Data.GetData() + nBefore));
+}
+
 void AskForEverything(CID3v2Tag& tag)
 {
+    for (const CID3v2Frame* pFrame : tag.m_aryFrames)
+        CheckBinaryValue(*pFrame);
     LyPropertyMap map;
     const int nRows = tag.m_aryFields.GetSize();
     for (int i = 0; i < nRows; ++i)

@@ -78,6 +78,8 @@ void LyMapBase::RemoveAll()
 
 LyPOSITION LyMapBase::GetStartPosition() const
 {
+    // So a map that makes its values on demand learns of the walk, for which it makes them (ID3v2Properties).
+    (void)GetBucketBytes();
     for (int i = 0; i < m_nHashSize; ++i)
     {
         if (m_ppHeads[i] != nullptr)

@@ -1,26 +1,21 @@
 // The table of field rows, and the pairs of row and frame for a name.
 
+#include "ID3v2FieldsDetails.h"
+#include "ID3v2FieldTable.h"
 #include "MP3Tag.h"
 #include <cstring>
+#include <memory>
+#include <vector>
 
 namespace
 {
 constexpr char USER_TEXT_ID[] = "TXXX";
 constexpr char COMMENT_ID[] = "COMM";
-constexpr wchar_t OLDER_WRITERS_PREFIX[] = L"Tune Hearth: ";
 constexpr wchar_t NEVER_CREATED[] = L"Year"; // a tag of version 2.4 holds it in its date
 
 bool AreEqualNoCase(const wchar_t* pFirst, const wchar_t* pSecond)
 {
     return LyHash::AreTextsEqual(pFirst, pSecond, false);
-}
-
-bool HasDescription(const CID3v2Frame& frame, const LyString& strDescription)
-{
-    // The text stays the frame's, unlike that of GetProperty.
-    const LyPropertyMap::PROPERTIES* pProperties = frame.m_Properties.m_pProperties;
-    const LyString* pText = pProperties != nullptr ? pProperties->FindValue(CID3v2Property::DESCRIPTION) : nullptr;
-    return AreEqualNoCase(pText != nullptr ? static_cast<const wchar_t*>(*pText) : nullptr, strDescription);
 }
 
 bool IsFrameOfField(const CID3v2Frame& frame, const CID3v2Field& row)
@@ -31,7 +26,7 @@ bool IsFrameOfField(const CID3v2Frame& frame, const CID3v2Field& row)
     {
     case ID3V2_FRAME_TYPE_USER_TEXT:
     case ID3V2_FRAME_TYPE_COMMENT:
-        return row.HasFlag(ID3V2_FIELD_ANY_DESCRIPTION) || HasDescription(frame, row.m_strDescription);
+        return row.HasFlag(ID3V2_FIELD_ANY_DESCRIPTION) || AreEqualNoCase(frame.GetDescription(), row.m_strDescription);
     case ID3V2_FRAME_TYPE_PICTURE:
         return row.m_nPictureType == CID3v2Field::ANY_PICTURE_TYPE ||
                frame.m_Properties.GetPropertyInt(CID3v2Property::PICTURE_TYPE) == row.m_nPictureType;
@@ -39,7 +34,37 @@ bool IsFrameOfField(const CID3v2Frame& frame, const CID3v2Field& row)
         return true;
     }
 }
+
+// The table's rows with their texts, which those of every tag share. A tag in static storage makes it ahead of itself,
+// and so ends ahead of it.
+const std::vector<CID3v2Field>& GetTableRows()
+{
+    static const std::vector<CID3v2Field> s_aryRows = []
+    {
+        std::vector<CID3v2Field> aryRows;
+        aryRows.reserve(GetID3v2FieldRows().size());
+        for (const ID3V2_FIELD_ROW& row : GetID3v2FieldRows())
+            aryRows.emplace_back(row.pID, row.pName, row.pDescription, row.nFlags, row.nPictureType);
+        return aryRows;
+    }();
+    return s_aryRows;
+}
 } // namespace
+
+void CID3v2Tag::AddTableFields()
+{
+    const std::vector<CID3v2Field>& aryRows = GetTableRows();
+    const int nRows = static_cast<int>(aryRows.size());
+    // At once what all of them take, and no more: where a kilobyte is asked for, the C library first puts all small
+    // blocks together that are free, which takes as long as all else here. Without memory each row is refused by
+    // itself.
+    constexpr int NAME_CHAINS = 63; // for two names each, as in any map
+    if (m_aryFields.SetSize(nRows, true))
+        m_aryFields.RemoveAll(false);
+    (void)m_mapFieldIndexes.SetHashSize(NAME_CHAINS, false);
+    for (const CID3v2Field& row : aryRows)
+        AddField(new CID3v2Field(row));
+}
 
 void CID3v2Tag::AddField(CID3v2Field* pField)
 {
@@ -51,7 +76,16 @@ void CID3v2Tag::AddField(CID3v2Field* pField)
         delete pField; // no memory
         return;
     }
-    m_mapFieldIndexes.AddIndex(pField->m_strName, nIndex);
+    LyNumberArray<int>* pIndexes = nullptr;
+    if (!m_mapFieldIndexes.Lookup(pField->m_strName, pIndexes))
+    {
+        auto pNew = std::make_unique<LyNumberArray<int>>();
+        pIndexes = pNew.get();
+        if (!m_mapFieldIndexes.SetAt(pField->m_strName, pIndexes))
+            return;           // no memory
+        (void)pNew.release(); // the map has it
+    }
+    (void)pIndexes->Add(nIndex); // without memory for it the row is not found by its name
 }
 
 CID3v2Field* CID3v2Tag::FindField(const LyString& strName, int& nPos, bool bCreate, int nMask)
@@ -73,7 +107,8 @@ CID3v2Field* CID3v2Tag::FindField(const LyString& strName, int& nPos, bool bCrea
     nPos = m_aryFields.GetSize();
     constexpr int nWrite = ID3V2_FIELD_WRITE_23 | ID3V2_FIELD_WRITE_24;
     AddField(new CID3v2Field(USER_TEXT_ID, strName, strName, nWrite, CID3v2Field::ANY_PICTURE_TYPE));
-    AddField(new CID3v2Field(COMMENT_ID, strName, OLDER_WRITERS_PREFIX + strName, 0, CID3v2Field::ANY_PICTURE_TYPE));
+    AddField(
+        new CID3v2Field(COMMENT_ID, strName, ID3V2_OLDER_WRITERS_PREFIX + strName, 0, CID3v2Field::ANY_PICTURE_TYPE));
     return FindField(strName, nPos, false, nMask);
 }
 

@@ -1,30 +1,24 @@
 // The body of a new frame.
 
 #include "ID3v2FieldsBody.h"
+#include "ID3v2Packing.h"
 #include "LyFilename.h"
 #include "MP3Tag.h"
-#include <algorithm>
 #include <climits>
+#include <iterator>
 
 namespace
 {
-constexpr int GROW_BYTES = LyBuffer::BYTE_WRITER_GROW_BYTES;
 constexpr int LANGUAGE_BYTES = 3;
+constexpr unsigned char NO_LANGUAGE[LANGUAGE_BYTES] = {}; // Deliberate: a new comment never tells its language
 constexpr int PODCAST_FLAG_BYTES = 4;
 constexpr int MAX_IMAGE_BYTES = INT_MAX;
 constexpr unsigned char RATINGS[] = {0, 1, 64, 128, 192, 255}; // of no star to five
 
-void AppendBytes(LyBuffer& body, const unsigned char* p, int nBytes)
-{
-    unsigned char* pEnd = nBytes > 0 ? body.GetAppendBlock(nBytes, false, GROW_BYTES) : nullptr;
-    if (pEnd != nullptr)
-        std::copy_n(p, nBytes, pEnd);
-}
-
 void AppendByte(LyBuffer& body, int nByte)
 {
     const auto cByte = static_cast<unsigned char>(nByte);
-    AppendBytes(body, &cByte, 1);
+    ID3v2Packing::Append(body, &cByte, 1);
 }
 
 void AppendLatin1(LyBuffer& body, const LyString& strText)
@@ -37,7 +31,7 @@ void BuildText(LyBuffer& body, ID3V2_FRAME_TYPES eType, const CID3v2Field& row, 
 {
     AppendByte(body, value.nEncoding);
     if (eType == ID3V2_FRAME_TYPE_COMMENT)
-        (void)body.GetAppendBlock(LANGUAGE_BYTES, true, GROW_BYTES); // Deliberate: no language, which is three zeros
+        ID3v2Packing::Append(body, NO_LANGUAGE, LANGUAGE_BYTES);
     if (eType != ID3V2_FRAME_TYPE_TEXT)
         CID3v2Tag::EncodeString(value.nEncoding, row.m_strDescription, body);
     for (const LyString& strValue : value.aryValues)
@@ -75,7 +69,7 @@ void BuildPrivate(LyBuffer& body, const CID3v2Field& row, const LyString& strBas
     LyBuffer data;
     (void)data.FromStringBase64(strBase64); // nothing in it is an empty value
     AppendLatin1(body, row.m_strDescription);
-    AppendBytes(body, data.GetData(), data.GetSize());
+    ID3v2Packing::Append(body, data.GetData(), data.GetSize());
 }
 } // namespace
 

@@ -1,8 +1,12 @@
-// What turns values between a frame and a field, each thing as one row flag asks for it. Values change in place.
+// What the sources of the fields share: a name of older writers, and what turns values between a frame and a field,
+// each thing as one row flag asks for it. Values change in place.
 
 #pragma once
 
 #include "LyString.h"
+
+// The description of a comment in which older writers kept a field begins with this; the field's name follows.
+constexpr wchar_t ID3V2_OLDER_WRITERS_PREFIX[] = L"Tune Hearth: ";
 
 namespace ID3v2Values
 {

@@ -95,7 +95,9 @@ bool CID3v2Tag::Set(const LyString& strGivenName, const LyString& strGivenValue)
     // What is given may be a text of a frame that goes.
     const LyString strName(strGivenName);   // NOLINT(performance-unnecessary-copy-initialization)
     const LyString strValue(strGivenValue); // NOLINT(performance-unnecessary-copy-initialization)
-    const LyString strOldValue = GetSimple(strName, 1);
+    int nFirst = 0; // only a value with a total needs the old one, and that of a picture costs much
+    const bool bTotal = FindField(strName, nFirst, false, ID3V2_FIELD_TOTAL) != nullptr;
+    const LyString strOldValue = bTotal ? GetSimple(strName, 1) : LyString();
     {
         LyPointerArray<CID3v2Field> aryFields;
         LyPointerArray<CID3v2Frame> aryFrames;

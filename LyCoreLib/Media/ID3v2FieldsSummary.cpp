@@ -1,11 +1,11 @@
 // A frame as one line for a reader.
 
+#include "ID3v2FieldsDetails.h"
 #include "MP3Tag.h"
 #include "OptionsHelper.h"
 
 namespace
 {
-constexpr wchar_t OLDER_WRITERS_PREFIX[] = L"Tune Hearth: ";
 constexpr int LONGEST_LABEL = 20;
 constexpr int CUT_LABEL = 18; // and two points
 constexpr int LONGEST_VALUE = 128;
@@ -13,7 +13,7 @@ constexpr int LONGEST_VALUE = 128;
 void FinishLabel(LyString& strLabel)
 {
     strLabel.Trim();
-    (void)strLabel.RemoveLeft(OLDER_WRITERS_PREFIX, true);
+    (void)strLabel.RemoveLeft(ID3V2_OLDER_WRITERS_PREFIX, true);
     if (strLabel.GetLength() > LONGEST_LABEL)
         strLabel = strLabel.Left(CUT_LABEL) + L"..";
 }

@@ -1,11 +1,11 @@
+#include "ID3v2Packing.h"
+#include "ID3v2Properties.h"
 #include "MP3Tag.h"
-#include <algorithm>
 #include <climits>
 #include <cstring>
 
 namespace
 {
-constexpr int GROW_BYTES = LyBuffer::BYTE_WRITER_GROW_BYTES;
 constexpr int SYNC_SAFE_VERSION = 4; // from which on the size of a frame is sync-safe
 constexpr int DATA_LENGTH_BYTES = 4;
 constexpr int LANGUAGE_BYTES = 3;
@@ -49,13 +49,12 @@ public:
         return m_Body.GetSize() - m_nPos >= static_cast<int>(nBytes) &&
                memcmp(m_Body.GetData() + m_nPos, bytes, nBytes) == 0;
     }
-    LyString GetRestInBase64() const { return GetBase64From(m_nPos); }
-    LyString GetBase64From(int nOffset) const
+    int GetPosition() const { return m_nPos; }
+    // What stands from nOffset on becomes the binary value.
+    void TakeValue(int nOffset, ID3v2Properties& properties) const
     {
-        LyString str;
-        if (nOffset < m_Body.GetSize())
-            str.FromBinary(m_Body.GetData() + nOffset, m_Body.GetSize() - nOffset);
-        return str;
+        const int nBytes = m_Body.GetSize() - nOffset;
+        properties.SetBinaryValue(nBytes > 0 ? m_Body.GetData() + nOffset : nullptr, nBytes);
     }
 
 private:
@@ -63,62 +62,61 @@ private:
     int m_nPos;
 };
 
-int ReadEncoding(BodyReader& reader, LyPropertyMap& properties)
+int ReadEncoding(BodyReader& reader, ID3v2Properties& properties)
 {
     const int nEncoding = reader.ReadByte();
-    properties.SetPropertyInt(CID3v2Property::TEXT_ENCODING, nEncoding);
+    properties.Set(CID3v2Property::TEXT_ENCODING, nEncoding);
     return nEncoding;
 }
 
-void DecodeDescriptionAndValue(BodyReader& reader, int nEncoding, LyPropertyMap& properties)
+void DecodeDescriptionAndValue(BodyReader& reader, int nEncoding, ID3v2Properties& properties)
 {
-    properties.SetProperty(CID3v2Property::DESCRIPTION, reader.ReadOne(nEncoding));
-    properties.SetProperty(CID3v2Property::VALUE, reader.ReadAll(nEncoding));
+    properties.Set(CID3v2Property::DESCRIPTION, reader.ReadOne(nEncoding));
+    properties.Set(CID3v2Property::VALUE, reader.ReadAll(nEncoding));
 }
 
-void DecodeComment(BodyReader& reader, LyPropertyMap& properties)
+void DecodeComment(BodyReader& reader, ID3v2Properties& properties)
 {
     const int nEncoding = ReadEncoding(reader, properties);
-    properties.SetPropertyInt(CID3v2Property::LANGUAGE_ID, reader.ReadLanguage());
+    properties.Set(CID3v2Property::LANGUAGE_ID, reader.ReadLanguage());
     DecodeDescriptionAndValue(reader, nEncoding, properties);
 }
 
-void DecodePicture(BodyReader& reader, LyPropertyMap& properties)
+void DecodePicture(BodyReader& reader, ID3v2Properties& properties)
 {
     const int nEncoding = ReadEncoding(reader, properties);
-    properties.SetProperty(CID3v2Property::MIME_TYPE, reader.ReadOne(ID3V2_FRAME_TEXT_ENCODING_ANSI));
-    properties.SetPropertyInt(CID3v2Property::PICTURE_TYPE,
-                              reader.IsAtEnd() ? ID3V2_PICTURE_FRONT_COVER : reader.ReadByte());
+    properties.Set(CID3v2Property::MIME_TYPE, reader.ReadOne(ID3V2_FRAME_TEXT_ENCODING_ANSI));
+    properties.Set(CID3v2Property::PICTURE_TYPE, reader.IsAtEnd() ? ID3V2_PICTURE_FRONT_COVER : reader.ReadByte());
     // Some writers leave the description out. No text begins as these images do.
     LyString strDescription;
     if (!reader.BeginsWith(JPEG_START) && !reader.BeginsWith(PNG_START))
         strDescription = reader.ReadOne(nEncoding);
-    properties.SetProperty(CID3v2Property::DESCRIPTION, strDescription);
-    properties.SetProperty(CID3v2Property::VALUE, reader.GetRestInBase64());
+    properties.Set(CID3v2Property::DESCRIPTION, strDescription);
+    reader.TakeValue(reader.GetPosition(), properties);
 }
 
 // The owner is not kept, and neither is the counter of plays behind the rating.
-void DecodeRating(BodyReader& reader, LyPropertyMap& properties)
+void DecodeRating(BodyReader& reader, ID3v2Properties& properties)
 {
     (void)reader.ReadOne(ID3V2_FRAME_TEXT_ENCODING_ANSI);
-    properties.SetPropertyInt(CID3v2Property::VALUE, (reader.ReadByte() + RATING_STEP - 1) / RATING_STEP);
+    properties.Set(CID3v2Property::VALUE, (reader.ReadByte() + RATING_STEP - 1) / RATING_STEP);
 }
 
 // Deliberate: the value is taken from the owner's length on, counted from the body's first byte, where a data length
 // indicator may stand.
-void DecodePrivate(BodyReader& reader, LyPropertyMap& properties)
+void DecodePrivate(BodyReader& reader, ID3v2Properties& properties)
 {
     const LyString strOwner = reader.ReadOne(ID3V2_FRAME_TEXT_ENCODING_ANSI);
-    properties.SetProperty(CID3v2Property::DESCRIPTION, strOwner);
-    properties.SetProperty(CID3v2Property::VALUE, reader.GetBase64From(strOwner.GetLength() + 1));
+    properties.Set(CID3v2Property::DESCRIPTION, strOwner);
+    reader.TakeValue(strOwner.GetLength() + 1, properties);
 }
 
-bool DecodeBody(BodyReader& reader, ID3V2_FRAME_TYPES eType, LyPropertyMap& properties)
+void DecodeBody(BodyReader reader, ID3V2_FRAME_TYPES eType, ID3v2Properties& properties)
 {
     switch (eType)
     {
     case ID3V2_FRAME_TYPE_TEXT:
-        properties.SetProperty(CID3v2Property::VALUE, reader.ReadAll(ReadEncoding(reader, properties)));
+        properties.Set(CID3v2Property::VALUE, reader.ReadAll(ReadEncoding(reader, properties)));
         break;
     case ID3V2_FRAME_TYPE_USER_TEXT:
         DecodeDescriptionAndValue(reader, ReadEncoding(reader, properties), properties);
@@ -133,18 +131,17 @@ bool DecodeBody(BodyReader& reader, ID3V2_FRAME_TYPES eType, LyPropertyMap& prop
         DecodeRating(reader, properties);
         break;
     case ID3V2_FRAME_TYPE_PODCAST_FLAG:
-        properties.SetPropertyInt(CID3v2Property::VALUE, reader.ReadLittleEndian());
+        properties.Set(CID3v2Property::VALUE, reader.ReadLittleEndian());
         break;
     case ID3V2_FRAME_TYPE_URL:
-        properties.SetProperty(CID3v2Property::VALUE, reader.ReadAll(ID3V2_FRAME_TEXT_ENCODING_ANSI));
+        properties.Set(CID3v2Property::VALUE, reader.ReadAll(ID3V2_FRAME_TEXT_ENCODING_ANSI));
         break;
     case ID3V2_FRAME_TYPE_PRIVATE:
         DecodePrivate(reader, properties);
         break;
     case ID3V2_FRAME_TYPE_OPAQUE:
-        return false;
+        break;
     }
-    return true;
 }
 } // namespace
 
@@ -175,23 +172,32 @@ ID3V2_FRAME_TYPES CID3v2Frame::GetFrameType(const char* pID)
 bool CID3v2Frame::Decode(int)
 {
     m_Properties.DeleteProperties();
+    if (GetType() == ID3V2_FRAME_TYPE_OPAQUE)
+        return false;
+    auto* pProperties = new ID3v2Properties;
+    m_Properties.m_pProperties = pProperties; // which owns them
     const int nStart = m_Header.HasFlag(ID3V2_FRAME_FLAG_DATA_LENGTH) ? DATA_LENGTH_BYTES : 0;
     const bool bUnsynchronized = m_Header.HasFlag(ID3V2_FRAME_FLAG_UNSYNCHRONIZED);
     const bool bCompressed = m_Header.HasFlag(ID3V2_FRAME_FLAG_COMPRESSED);
-    if (GetType() == ID3V2_FRAME_TYPE_OPAQUE)
-        return false;
     if (!bUnsynchronized && !bCompressed)
     {
-        BodyReader reader(m_Data, nStart);
-        return DecodeBody(reader, GetType(), m_Properties);
+        DecodeBody(BodyReader(m_Data, nStart), GetType(), *pProperties);
+        return true;
     }
     LyBuffer body(m_Data);
     if (bUnsynchronized)
         CID3v2Tag::UnsynchronizeBuffer(body, INT_MAX, nullptr);
     if (bCompressed)
         CID3v2Tag::DecompressBuffer(body);
-    BodyReader reader(body, nStart);
-    return DecodeBody(reader, GetType(), m_Properties);
+    DecodeBody(BodyReader(body, nStart), GetType(), *pProperties);
+    return true;
+}
+
+const wchar_t* CID3v2Frame::GetDescription() const
+{
+    const LyPropertyMap::PROPERTIES* pProperties = m_Properties.m_pProperties;
+    const LyString* pText = pProperties != nullptr ? pProperties->FindValue(CID3v2Property::DESCRIPTION) : nullptr;
+    return pText != nullptr ? static_cast<const wchar_t*>(*pText) : L"";
 }
 
 void CID3v2Frame::SetHeaderFrameBytesFromBuffer(int nVersion)
@@ -210,15 +216,9 @@ void CID3v2Frame::EncodePicture(LyBuffer& buffer, const LyBuffer& image, const L
     buffer.Empty(false);
     const unsigned char cEncoding = ID3V2_FRAME_TEXT_ENCODING_ANSI;
     const auto cPictureType = static_cast<unsigned char>(nPictureType);
-    auto Append = [&buffer](const unsigned char* p, int nBytes)
-    {
-        unsigned char* pEnd = nBytes > 0 ? buffer.GetAppendBlock(nBytes, false, GROW_BYTES) : nullptr;
-        if (pEnd != nullptr)
-            std::copy_n(p, nBytes, pEnd);
-    };
-    Append(&cEncoding, 1);
+    ID3v2Packing::Append(buffer, &cEncoding, 1);
     CID3v2Tag::EncodeString(cEncoding, strMime, buffer);
-    Append(&cPictureType, 1);
+    ID3v2Packing::Append(buffer, &cPictureType, 1);
     CID3v2Tag::EncodeString(cEncoding, PICTURE_DESCRIPTION, buffer);
-    Append(image.GetData(), image.GetSize());
+    ID3v2Packing::Append(buffer, image.GetData(), image.GetSize());
 }

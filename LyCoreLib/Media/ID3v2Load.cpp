@@ -5,6 +5,7 @@
 //     version 2.4:  id, 4   size, 4, sync-safe, by some big-endian     flags, 2     body
 
 #include "ID3v2Packing.h"
+#include "ID3v2Properties.h"
 #include "MP3Tag.h"
 #include <algorithm>
 #include <climits>
@@ -112,7 +113,9 @@ void TakeUnsynchronized(const LyBuffer& buffer, int& nPos, int nBytes, CID3v2Fra
 void ConvertPictureFrom22(CID3v2Frame& frame)
 {
     LyBuffer image;
-    (void)image.FromStringBase64(frame.m_Properties.GetProperty(CID3v2Property::VALUE)); // there may be no image
+    // As it was decoded a moment ago.
+    (void)static_cast<const ID3v2Properties*>(frame.m_Properties.m_pProperties)
+        ->GetBinaryValue(image); // it may be none
     CID3v2Frame::EncodePicture(frame.m_Data, image, frame.m_Properties.GetProperty(CID3v2Property::MIME_TYPE),
                                frame.m_Properties.GetPropertyInt(CID3v2Property::PICTURE_TYPE));
     frame.m_Header.SetPlainSize(static_cast<unsigned int>(frame.m_Data.GetSize()));

@@ -19,6 +19,13 @@ int MeasureRun(const unsigned char* p, int nBytes)
 }
 } // namespace
 
+void ID3v2Packing::Append(LyBuffer& buffer, const void* p, int nBytes)
+{
+    unsigned char* pEnd = nBytes > 0 ? buffer.GetAppendBlock(nBytes, false, LyBuffer::BYTE_WRITER_GROW_BYTES) : nullptr;
+    if (pEnd != nullptr)
+        memcpy(pEnd, p, static_cast<size_t>(nBytes));
+}
+
 int ID3v2Packing::CopyUnsynchronized(const unsigned char* p, int nBytes, unsigned char* pOut, int nLimit, int& nRemoved)
 {
     int nRead = 0;

@@ -32,14 +32,6 @@ FRAME_RANKS GetRank(const CID3v2FrameHeader& header)
     return CID3v2Frame::GetFrameType(header.m_ID) == ID3V2_FRAME_TYPE_OPAQUE ? RANK_OPAQUE : RANK_KNOWN;
 }
 
-// Empty where there is none. The text stays the frame's.
-const wchar_t* GetDescription(const CID3v2Frame& frame)
-{
-    const LyPropertyMap::PROPERTIES* pProperties = frame.m_Properties.m_pProperties;
-    const LyString* pText = pProperties != nullptr ? pProperties->FindValue(CID3v2Property::DESCRIPTION) : nullptr;
-    return pText != nullptr ? static_cast<const wchar_t*>(*pText) : L"";
-}
-
 // By the code points, folded or as they are. As the string helper does it, for a system that has none.
 int CompareCodePoints(const wchar_t* pFirst, const wchar_t* pSecond, bool bFold)
 {
@@ -57,8 +49,8 @@ int CompareCodePoints(const wchar_t* pFirst, const wchar_t* pSecond, bool bFold)
 
 int CompareDescriptions(const CID3v2Frame& first, const CID3v2Frame& second)
 {
-    const wchar_t* pFirst = GetDescription(first);
-    const wchar_t* pSecond = GetDescription(second);
+    const wchar_t* pFirst = first.GetDescription();
+    const wchar_t* pSecond = second.GetDescription();
     IStringHelper* pHelper = GetStringHelper(true);
     if (pHelper != nullptr)
         return pHelper->Compare(pFirst, pSecond, DESCRIPTION_ORDER);
@@ -159,7 +151,7 @@ void CID3v2Tag::SortFrames()
 
 int CID3v2Tag::FindOrderRow(const CID3v2Frame& frame) const
 {
-    return FindField(frame.m_Header.m_ID, GetDescription(frame), ID3V2_FIELD_ORDERED);
+    return FindField(frame.m_Header.m_ID, frame.GetDescription(), ID3V2_FIELD_ORDERED);
 }
 
 // Deliberate: two frames that the table does not have stand behind each other, whichever is asked for first. The sort

@@ -6,67 +6,58 @@ namespace
 constexpr char TAG_ID[] = {'I', 'D', '3'};
 constexpr int MIN_VERSION = 2;
 constexpr int MAX_VERSION = 4;
-constexpr int SYNC_SAFE_BYTES = 4;
-constexpr int SYNC_SAFE_BITS = 7;
-constexpr int SYNC_SAFE_MASK = 0x7F;
+constexpr int SYNC_SAFE_BYTES = sizeof CID3v2FrameHeader::m_Size;
 
 // Deliberate: the top bits of the bytes are masked away, not checked.
 int DecodeSyncSafe(const unsigned char* p)
 {
-    int nValue = 0;
-    for (int i = 0; i < SYNC_SAFE_BYTES; ++i)
-        nValue = nValue << SYNC_SAFE_BITS | (p[i] & SYNC_SAFE_MASK);
-    return nValue;
+    CID3v2FrameHeader header; // which knows such numbers
+    memcpy(header.m_Size, p, SYNC_SAFE_BYTES);
+    return static_cast<int>(header.GetSyncSafeSize()); // 28 bits
 }
 } // namespace
 
-CID3v2Tag::CID3v2Tag() { AddSharedFields(); }
+CID3v2Tag::CID3v2Tag() { AddTableFields(); }
 
-bool CID3v2Tag::Empty()
+void CID3v2Tag::EmptyAllButRawTag()
 {
     m_bLoaded = false;
     m_bDirty = false;
     m_nEncoding = ID3V2_FRAME_TEXT_ENCODING_UTF8;
-    m_RawTag.Empty(true);
     m_nFilePosition = 0;
     m_Header = {};
     m_aryFrames.RemoveAll();
+}
+
+bool CID3v2Tag::Empty()
+{
+    EmptyAllButRawTag();
+    m_RawTag.Empty(true);
     return true;
 }
 
 bool CID3v2Tag::Load(const LyBuffer& buffer, long long nPosition)
 {
-    // Who has read the tag into m_RawTag saves a copy of it. Emptying would let it go, so that part is left out.
-    if (&buffer == &m_RawTag)
-    {
-        m_bLoaded = false;
-        m_bDirty = false;
-        m_nEncoding = ID3V2_FRAME_TEXT_ENCODING_UTF8;
-        m_Header = {};
-        m_aryFrames.RemoveAll();
-    }
-    else
-    {
-        (void)Empty();
-        m_RawTag = buffer;
-    }
+    // First of all, since what is given may be the body of a frame. Who has read the tag into m_RawTag saves a copy.
+    m_RawTag = buffer;
+    EmptyAllButRawTag();
     m_nFilePosition = nPosition;
     int nPos = 0;
-    if (!LoadHeader(buffer, nPos))
+    if (!LoadHeader(m_RawTag, nPos))
         return m_bLoaded;
     // Deliberate: the size is taken as sync-safe and as counting its own four bytes in every version, as version 2.4
     // has it. ID3v2.3.0, 3.2, has neither, so a tag of that version is misread here.
     if (m_Header.m_nFlags & ID3V2_TAG_FLAG_EXTENDED_HEADER)
-        nPos += ReadSyncSafeInt(buffer, nPos);
+        nPos += ReadSyncSafeInt(m_RawTag, nPos);
     if (m_Header.m_nFlags & ID3V2_TAG_FLAG_FOOTER)
     {
         LyBuffer withoutFooter;
-        withoutFooter.FromBuffer(buffer.GetData(), buffer.GetSize() - HEADER_BYTES);
+        withoutFooter.FromBuffer(m_RawTag, m_RawTag.GetSize() - HEADER_BYTES);
         (void)LoadFrames(withoutFooter, nPos);
     }
     else
     {
-        (void)LoadFrames(buffer, nPos);
+        (void)LoadFrames(m_RawTag, nPos);
     }
     m_bLoaded = true;
     return true;

@@ -1,10 +1,12 @@
 // Texts of a frame: zero-terminated, in one of four encodings.
 
+#include "ID3v2Packing.h"
 #include "LyPtr.h"
 #include "LyUTF8Details.h"
 #include "MP3Tag.h"
-#include <algorithm>
+#include <climits>
 #include <cstring>
+#include <iterator>
 #include <memory>
 #include <new>
 
@@ -132,20 +134,13 @@ PIECE TakePiece(const LyBuffer& buffer, int& nPos, int nUnitBytes)
     return {buffer.GetData() + nStart, (nEnd >= 0 ? nEnd : nPos) - nStart, nEnd >= 0};
 }
 
-void AppendBytes(LyBuffer& buffer, const void* p, int nBytes)
-{
-    unsigned char* pEnd = buffer.GetAppendBlock(nBytes, false, GROW_BYTES);
-    if (pEnd != nullptr)
-        memcpy(pEnd, p, static_cast<size_t>(nBytes));
-}
-
 // Deliberate: there is no surrogate pair. A character above U+FFFF is cut to 16 bits.
 void AppendUTF16(LyBuffer& buffer, const LyString& strText)
 {
     const int nChars = strText.GetLength();
-    AppendBytes(buffer, UTF16_MARK, UTF16_BYTES);
+    ID3v2Packing::Append(buffer, UTF16_MARK, UTF16_BYTES);
     unsigned char* p =
-        nChars < 0x3FFFFFFF ? buffer.GetAppendBlock((nChars + 1) * UTF16_BYTES, false, GROW_BYTES) : nullptr;
+        nChars < INT_MAX / UTF16_BYTES ? buffer.GetAppendBlock((nChars + 1) * UTF16_BYTES, false, GROW_BYTES) : nullptr;
     for (int i = 0; p != nullptr && i <= nChars; ++i)
     {
         *p++ = static_cast<unsigned char>(strText[i]);
@@ -190,5 +185,5 @@ void CID3v2Tag::EncodeString(int nEncoding, const LyString& strText, LyBuffer& b
     LyPtr<char, char> text;
     strText.GetANSI(text, 0);
     if (text != nullptr)
-        AppendBytes(buffer, text.Get(), static_cast<int>(strlen(text.Get())) + 1);
+        ID3v2Packing::Append(buffer, text.Get(), static_cast<int>(strlen(text.Get())) + 1);
 }

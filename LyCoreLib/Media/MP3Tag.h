@@ -17,8 +17,6 @@
 #include "LyMap.h"
 #include "LyString.h"
 #include "PropertyMap.h"
-#include <memory>
-#include <new>
 
 // ID3v2.4.0-structure, 4: the first byte of a frame that holds text.
 enum ID3V2_FRAME_TEXT_ENCODINGS : int
@@ -144,6 +142,9 @@ public:
     // argument is not looked at.
     bool Decode(int nUnused = 0);
 
+    // The property "Description", or an empty text. It stays the frame's.
+    const wchar_t* GetDescription() const;
+
     // Writes the length of m_Data into the header: sync-safe from version 4 on, otherwise big-endian.
     void SetHeaderFrameBytesFromBuffer(int nVersion);
 
@@ -167,8 +168,6 @@ public:
     static constexpr int ANY_PICTURE_TYPE = -1;
 
     CID3v2Field(const char* pID, const LyString& strName, const LyString& strDescription, int nFlags, int nPictureType);
-    // Ends a row that was made by new; a shared one stays (ID3v2SharedFields.cpp).
-    static void operator delete(CID3v2Field* pField, std::destroying_delete_t);
 
     bool HasFlag(ID3V2_FIELD_FLAGS eFlag) const { return (m_nFlags & eFlag) != 0; }
     bool PassesMask(int nMask) const { return nMask == ID3V2_FIELD_ANY_FLAGS || (m_nFlags & nMask) != 0; }
@@ -178,22 +177,6 @@ public:
     LyString m_strDescription; // what a frame of type 1 or 2 must hold as "Description", whatever the case
     int m_nFlags;              // ID3V2_FIELD_FLAGS
     int m_nPictureType;        // what a picture frame must hold as "Picture Type", or ANY_PICTURE_TYPE
-};
-
-// Field names, each with the indexes of its rows in row order. What every tag begins with is made in one piece, so that
-// a new tag costs little; the lists of indexes in it are shared by all tags, and only AddIndex may change a list.
-class CID3v2FieldIndexes : public LyOwnedPtrMap<LyString, const wchar_t*, LyNumberArray<int>, true>
-{
-public:
-    CID3v2FieldIndexes() = default;
-    ~CID3v2FieldIndexes() override;
-
-    void AddSharedIndexes(); // to an empty map: the indexes of the rows that every tag has
-    void AddIndex(const LyString& strName, int nIndex);
-    void DestroyBucket(BUCKET* pBucket, bool bFree) override;
-
-private:
-    std::unique_ptr<unsigned char[]> m_pSharedBuckets; // the buckets of those; null in an empty map
 };
 
 // What every tag answers. The order of the operations is their order in the virtual table, in which the destructor
@@ -268,7 +251,8 @@ public:
     static void EncodeString(int nEncoding, const LyString& strText, LyBuffer& buffer);
 
     LyOwnedPtrArray<CID3v2Field, false> m_aryFields;
-    CID3v2FieldIndexes m_mapFieldIndexes; // name to indexes in m_aryFields
+    // Name to the indexes of its rows in m_aryFields, in row order.
+    LyOwnedPtrMap<LyString, const wchar_t*, LyNumberArray<int>, true> m_mapFieldIndexes;
     bool m_bLoaded = false;
     bool m_bDirty = false;                            // frames changed since loading
     int m_nEncoding = ID3V2_FRAME_TEXT_ENCODING_UTF8; // nobody asks for it
@@ -278,7 +262,8 @@ public:
     LyOwnedPtrArray<CID3v2Frame, false> m_aryFrames; // in file order, until the next save
 
 private:
-    void AddSharedFields(); // ID3v2SharedFields.cpp: the rows that every tag has
+    void EmptyAllButRawTag();
+    void AddTableFields(); // the rows that every tag has
     void SetPodcastFields();
     void SortFrames();
     int FindOrderRow(const CID3v2Frame& frame) const;

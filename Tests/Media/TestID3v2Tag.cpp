@@ -197,6 +197,17 @@ TEST(ID3v2Tag, ItsOwnRawBytesMayBeLoadedAgain)
     EXPECT_EQ(Content(tag.m_RawTag), Tag(3, s_strFrame));
 }
 
+TEST(ID3v2Tag, TheBodyOfOneOfItsFramesMayBeLoaded)
+{
+    const std::string strInner = Tag(3, Text23("TIT2", "Inner"));
+    CID3v2Tag tag;
+    ASSERT_TRUE(Load(tag, Tag(4, Frame24("XYZW", strInner))));
+    EXPECT_TRUE(tag.Load(tag.m_aryFrames[0]->m_Data, 0));
+    EXPECT_EQ(Content(tag.m_RawTag), strInner);
+    ASSERT_EQ(IDs(tag), "TIT2");
+    EXPECT_EQ(Value(*tag.m_aryFrames[0]), "Inner");
+}
+
 TEST(ID3v2Tag, ABufferIsNotChanged)
 {
     const std::string strTag = Tag(4, Unsynchronized(Frame24("PRIV", Bytes("o\0\xFF\0x"))), 0x90) + "footer-ten";

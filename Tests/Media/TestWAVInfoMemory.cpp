@@ -143,6 +143,7 @@ struct TAG_CASE
     const char* pName;
     std::string strTag;
     int nFrames;
+    long long nMost = 8 * MIB; // a limit of its own for what is not made ahead of being asked for
 };
 
 constexpr size_t ROOM = static_cast<size_t>(MIB) - 40; // for the body of one frame
@@ -176,8 +177,8 @@ std::vector<TAG_CASE> MakeTagCases()
     return {
         {"padding", Mebibyte(TextFrame("TIT2", "Title")), 1},
         {"a frame that nobody knows", Mebibyte(Frame("XYZW", Audio(ROOM))), 1},
-        {"a picture", Mebibyte(Frame("APIC", std::string("\0image/png\0\3\0", 13) + Audio(ROOM - 30))), 1},
-        {"private data", Mebibyte(Frame("PRIV", std::string("owner\0", 6) + Audio(ROOM - 30))), 1},
+        {"a picture", Mebibyte(Frame("APIC", std::string("\0image/png\0\3\0", 13) + Audio(ROOM - 30))), 1, 4 * MIB},
+        {"private data", Mebibyte(Frame("PRIV", std::string("owner\0", 6) + Audio(ROOM - 30))), 1, 4 * MIB},
         {"a text", Mebibyte(TextFrame("USLT", "eng" + std::string(1, 0) + Letters(ROOM - 30))), 1},
         {"a text in UTF-8", Mebibyte(Frame("TIT2", "\3" + Letters(ROOM - 30))), 1},
         {"a text in UTF-16", Mebibyte(Frame("TIT2", "\1\xFF\xFE" + Letters(ROOM - 30))), 1},
@@ -186,6 +187,9 @@ std::vector<TAG_CASE> MakeTagCases()
         ManyFrames("many user texts", TextFrame("TXXX", Letters(20) + std::string(1, 0) + Letters(1000))),
         ManyFrames("many texts", TextFrame("TIT2", Letters(300))),
         ManyFrames("many private data", Frame("PRIV", std::string("owner\0", 6) + Audio(1000))),
+        ManyFrames("many small private data", Frame("PRIV", std::string("owner\0", 6) + Audio(300))),
+        ManyFrames("many small pictures", Frame("APIC", std::string("\0image/png\0\3\0", 13) + Audio(300))),
+        ManyFrames("many small user texts", TextFrame("TXXX", Letters(20) + std::string(1, 0) + Letters(300))),
     };
 }
 } // namespace
@@ -202,7 +206,7 @@ TEST_F(WAVInfoMemoryTest, AFileOf4GiBWithATagOf1MiBTakesLessThan8MiB)
         if (COUNTS)
         {
             EXPECT_GT(nPeak, MIB) << "else nothing was counted";
-            EXPECT_LT(nPeak, 8 * MIB) << row.pName;
+            EXPECT_LT(nPeak, row.nMost) << row.pName;
         }
     }
 }
