@@ -29,5 +29,5 @@ private:
 // The name of a Vorbis comment: "Track" is TRACKNUMBER, "Album Artist" is ALBUMARTIST. What the format does not allow
 // in a name (all but 20h to 7Dh without "=") becomes "_".
 std::string EncoderVorbisName(std::string_view strTagName);
-// The text frame of ID3v2.3 with this meaning, or null.
+// The text frame of ID3v2.3 with this meaning, or null. "TXXX:NAME" is a user text that others look for by its name.
 const char* EncoderID3Frame(std::string_view strTagName);

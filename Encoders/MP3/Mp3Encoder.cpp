@@ -28,6 +28,29 @@ std::vector<unsigned short> MakeUTF16(const std::string& str)
     return aryUnits;
 }
 
+// ID3v2.3.0, 3.3 and 4.15: a frame is its name, its length in four bytes, two of flags and the body, which for a
+// picture is the encoding, the MIME type with a zero behind it, and the kind of the picture. The library calls each
+// "other".
+void MakeFrontCover(std::vector<unsigned char>& aryTag)
+{
+    constexpr size_t HEADER_BYTES = 10; // of the tag, and of each frame
+    constexpr unsigned char FRONT_COVER = 3;
+    for (size_t n = HEADER_BYTES; n + HEADER_BYTES < aryTag.size() && aryTag[n] != 0;)
+    {
+        const auto pFrame = aryTag.begin() + static_cast<std::ptrdiff_t>(n);
+        const size_t nBytes = static_cast<size_t>(pFrame[4]) << 24 | static_cast<size_t>(pFrame[5]) << 16 |
+                              static_cast<size_t>(pFrame[6]) << 8 | pFrame[7];
+        if (std::equal(pFrame, pFrame + 4, "APIC"))
+        {
+            const auto pZero = std::find(pFrame + HEADER_BYTES + 1, aryTag.end(), 0);
+            if (aryTag.end() - pZero > 1)
+                pZero[1] = FRONT_COVER;
+            return;
+        }
+        n += HEADER_BYTES + nBytes;
+    }
+}
+
 bool IsLatin1(const std::string& str)
 {
     return std::all_of(str.begin(), str.end(), [](char c) { return c >= ' ' && c <= '~'; });
@@ -117,15 +140,18 @@ bool Mp3Encoder::SetTags()
 bool Mp3Encoder::SetTag(const ENCODER_TAG& tag)
 {
     lame_global_flags* p = m_pLame.get();
-    const std::string strName = EncoderVorbisName(tag.strName);
+    constexpr std::string_view USER_TEXT = "TXXX:";
     const char* pFrame = EncoderID3Frame(tag.strName);
+    const bool bUserText = pFrame == nullptr || std::string_view(pFrame).starts_with(USER_TEXT);
+    const std::string strName =
+        pFrame != nullptr && bUserText ? pFrame + USER_TEXT.size() : EncoderVorbisName(tag.strName);
     int nResult = 0;
     if (strName == "COMMENT")
     {
         const std::vector<unsigned short> aryNoName = MakeUTF16({});
         nResult = id3tag_set_comment_utf16(p, "eng", aryNoName.data(), MakeUTF16(tag.strValue).data());
     }
-    else if (pFrame == nullptr)
+    else if (bUserText)
         nResult = id3tag_set_fieldvalue_utf16(p, MakeUTF16("TXXX=" + strName + "=" + tag.strValue).data());
     else if (IsLatin1(tag.strValue)) // numbers must be plain text
         nResult = id3tag_set_textinfo_latin1(p, pFrame, tag.strValue.c_str());
@@ -140,6 +166,7 @@ bool Mp3Encoder::WriteTag()
     m_nTagBytes = lame_get_id3v2_tag(m_pLame.get(), aryTag.data(), aryTag.size());
     if (m_nTagBytes > aryTag.size())
         return Fail(ENCODER_REFUSED, "The MP3 library makes no tag.");
+    MakeFrontCover(aryTag);
     return m_Output.Write(aryTag.data(), m_nTagBytes) || FailByOutput();
 }
 

@@ -88,7 +88,9 @@ void AddCheckCommand(CLI::App& app, int& nExitCode)
 {
     auto pOptions = std::make_shared<CHECK_OPTIONS>();
     CLI::App* pCommand = app.add_subcommand("check", "Verifies the log of a rip and the files that it names.");
-    pCommand->add_option("LOG", pOptions->strLog, "a text or JSON log that a rip has written")->required();
+    pCommand->add_option("LOG", pOptions->strLog, "a text or JSON log that a rip has written")
+        ->required()
+        ->check(CheckFileName);
     pCommand->add_flag("--json", pOptions->bJson, "print JSON for programs");
     pCommand->callback(
         [pOptions, &nExitCode]

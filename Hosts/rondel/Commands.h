@@ -3,6 +3,7 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <string>
 
 enum EXIT_CODE : int
 {
@@ -10,6 +11,9 @@ enum EXIT_CODE : int
     EXIT_FAILED = 1, // the disc, the track or a file; one sentence on stderr says what to do
     EXIT_USAGE = 2   // the command line
 };
+
+// For the parser: what is wrong with a name of a file, or nothing.
+std::string CheckFileName(const std::string& strName);
 
 void AddInfoCommand(CLI::App& app, int& nExitCode);
 void AddPlayCommand(CLI::App& app, int& nExitCode);

@@ -113,7 +113,7 @@ void AddEncodeCommand(CLI::App& app, int& nExitCode)
 {
     auto p = std::make_shared<ENCODE_OPTIONS>();
     CLI::App* pCommand = app.add_subcommand("encode", "Encodes WAV files, with their tags.");
-    pCommand->add_option("FILES", p->aryFiles, "WAV files");
+    pCommand->add_option("FILES", p->aryFiles, "WAV files")->check(CheckFileName);
     pCommand->add_option("--encoder", p->strEncoder, "what to make of them; see below")->check(CheckEncoder);
     CLI::Option* pOutput = pCommand->add_option("-o,--output", p->strOutput, "the file to make of a single one");
     pCommand->add_option("--to", p->strFolder, "the folder for the new files; without it beside the old ones")

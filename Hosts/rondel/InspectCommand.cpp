@@ -5,6 +5,7 @@
 #include "HostError.h"
 #include "LySharedToolsHelper.h"
 #include "Output.h"
+#include "PartialFile.h"
 #include "Services.h"
 #include "Text.h"
 #include "WAVInfo.h"
@@ -69,6 +70,7 @@ bool Repair(const std::string& strFile)
     const WAV_LAYOUT layout = ReadWavLayout(*pReader, strFile);
     if (!layout.HasProblem(WAV_PROBLEM_ROOT_SIZE))
         return false;
+    RequireWritable(strFile, strFile);
     if (layout.nFileBytes - CIFFChunk::HEADER_BYTES > UINT_MAX)
         throw HostError("the root size of " + strFile +
                         " cannot be mended, for the file is longer than the 4 GiB that it can tell; split it.");

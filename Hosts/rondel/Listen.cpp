@@ -6,10 +6,9 @@
 #include "Keys.h"
 #include "Loudspeakers.h"
 #include "Plugin.h"
+#include "StatusLine.h"
 #include "Text.h"
 #include <algorithm>
-#include <cstdio>
-#include <unistd.h>
 
 namespace
 {
@@ -21,9 +20,6 @@ class Listener
 {
 public:
     explicit Listener(const LISTEN_OPTIONS& options);
-    ~Listener() { ClearLine(); }
-    Listener(const Listener&) = delete;
-    Listener& operator=(const Listener&) = delete;
 
     double Run(); // the seconds that are missing at the end
 
@@ -46,8 +42,7 @@ private:
     long long m_nPosition = 0; // bytes of the track handed to the card
     long long m_nLength = 0;
     bool m_bPaused = false;
-    const bool m_bShows;
-    bool m_bShown = false;
+    StatusLine m_Line;
     double m_fMissingSeconds = 0;
 
     void OpenTrack(int nTrack, double fFrom);
@@ -56,25 +51,17 @@ private:
     void TogglePause();
     void Seek(long long nPosition);
     void Show();
-    void ClearLine();
     int GetNeighbour(int nStep) const;
 };
 
 Listener::Listener(const LISTEN_OPTIONS& options)
-    : m_Options(options), m_Speakers(options.strDevice), m_nTrack(options.nTrack), m_bShows(isatty(STDERR_FILENO) != 0)
+    : m_Options(options), m_Speakers(options.strDevice), m_nTrack(options.nTrack)
 {
     const Disc disc(options.strDrive);
     (void)disc.GetAudioTrack(options.nTrack);
     for (const TTrackList& track : disc.GetTracks())
         if (disc.GetIsPlayable(track))
             m_aryTracks.push_back(track.nTrackNumber);
-}
-
-void Listener::ClearLine()
-{
-    if (m_bShown)
-        std::fputs("\r\033[K", stderr);
-    m_bShown = false;
 }
 
 void Listener::OpenTrack(int nTrack, double fFrom)
@@ -167,14 +154,12 @@ Listener::END Listener::PlayTrack(long long nEnd)
 
 void Listener::Show()
 {
-    if (!m_bShows)
+    if (!m_Line.GetIsTerminal())
         return;
-    m_bShown = true;
     const double fHeard = static_cast<double>(std::max(0LL, m_nPosition - m_Speakers.GetBytesAhead()));
-    std::fprintf(stderr, "\rTrack %d  %s of %s%s  (space pauses, arrows seek, n and p change the track, q quits)\033[K",
-                 m_nTrack, FormatSeconds(fHeard / LY_CD_SECOND_BYTES).c_str(),
-                 FormatSeconds(static_cast<double>(m_nLength) / LY_CD_SECOND_BYTES).c_str(),
-                 m_bPaused ? "  paused" : "");
+    m_Line.Show("Track " + std::to_string(m_nTrack) + "  " + FormatSeconds(fHeard / LY_CD_SECOND_BYTES) + " of " +
+                FormatSeconds(static_cast<double>(m_nLength) / LY_CD_SECOND_BYTES) + (m_bPaused ? "  paused" : "") +
+                "  (space pauses, arrows seek, n and p change the track, q quits)");
 }
 
 // The audio track so many places on. Behind the last one there is none (0), ahead of the first one it is the first.
@@ -202,7 +187,7 @@ double Listener::Run()
     }
     if (end == END_HEARD)
         m_Speakers.Finish();
-    ClearLine();
+    m_Line.TakeAway();
     return m_fMissingSeconds;
 }
 } // namespace

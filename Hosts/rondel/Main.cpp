@@ -6,6 +6,7 @@
 #include "LyString.h"
 #include <cstdio>
 #include <exception>
+#include <string_view>
 
 namespace
 {
@@ -24,20 +25,40 @@ constexpr const char* FOOTER = "Examples:\n"
                                "  rondel fetch https://example.org/cover.jpg\n\n"
                                "Exit codes: 0 done, 1 the disc or a file is at fault, 2 the command line is.";
 
+// As the parser of the command line puts it, but for what is hard to understand.
+std::string DescribeFault(const CLI::Error& error)
+{
+    constexpr std::string_view ONCE = ": At Most 1 required but received ";
+    std::string strFault = error.what();
+    while (!strFault.empty() && (strFault.back() == '\n' || strFault.back() == '.'))
+        strFault.pop_back();
+    const size_t nColon = strFault.find(": ");
+    if (nColon == std::string::npos)
+        return strFault;
+    const std::string strName = strFault.substr(0, nColon);
+    const std::string strRest = strFault.substr(nColon + 2);
+    if (strRest.starts_with(strName + " ")) // a check that names its option by itself
+        return strRest;
+    if (strFault.compare(nColon, ONCE.size(), ONCE) == 0)
+        return strName + " may be given once, not " + strFault.substr(nColon + ONCE.size()) + " times";
+    return strFault;
+}
+
 // One sentence, as for every other failure.
 std::string DescribeUsageError(const CLI::App* pApp, const CLI::Error& error)
 {
     const CLI::App* pCommand = pApp;
-    for (const CLI::App* pChosen : pApp->get_subcommands())
-        pCommand = pChosen;
-    const std::string strHelp = pCommand == pApp ? "rondel --help" : "rondel " + pCommand->get_name() + " --help";
+    std::string strHelp = "rondel";
+    while (!pCommand->get_subcommands().empty())
+    {
+        pCommand = pCommand->get_subcommands().back();
+        strHelp += " " + pCommand->get_name();
+    }
+    strHelp += " --help";
     const std::vector<std::string> aryUnknown = pApp->remaining();
     if (pCommand == pApp && !aryUnknown.empty() && !aryUnknown[0].starts_with('-'))
         return "rondel: '" + aryUnknown[0] + "' is no command; see '" + strHelp + "'.\n";
-    std::string strFault = error.what();
-    while (!strFault.empty() && (strFault.back() == '\n' || strFault.back() == '.'))
-        strFault.pop_back();
-    return "rondel: " + strFault + "; see '" + strHelp + "'.\n";
+    return "rondel: " + DescribeFault(error) + "; see '" + strHelp + "'.\n";
 }
 
 int Run(int nArguments, char** ppArguments)

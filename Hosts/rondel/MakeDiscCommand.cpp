@@ -170,7 +170,8 @@ int MakeDisc(const MAKE_DISC_OPTIONS& options)
     }
     binFile.Finish();
     WriteCue(cue.string(), disc);
-    std::printf("%s: %zu tracks, %s\n", options.strOutput.c_str(), disc.aryTracks.size(), FormatMSF(nSector).c_str());
+    std::printf("%s: %s, %s\n", options.strOutput.c_str(),
+                CountOf(static_cast<long long>(disc.aryTracks.size()), "track").c_str(), FormatMSF(nSector).c_str());
     return EXIT_DONE;
 }
 } // namespace

@@ -6,8 +6,12 @@
 #include "Output.h"
 #include "Services.h"
 #include "Text.h"
+#include <cctype>
 #include <cstdio>
+#include <filesystem>
 #include <nlohmann/json.hpp>
+#include <string_view>
+#include <strings.h>
 
 namespace
 {
@@ -64,13 +68,32 @@ void Get(const OPTIONS_OPTIONS& options)
     std::puts(Narrow(strValue).c_str());
 }
 
+bool IsImageOfLetter(const OPTIONS_OPTIONS& options)
+{
+    constexpr size_t LETTER_AT = std::string_view("Letter ").size();
+    const std::string& strKey = options.strKey;
+    return strcasecmp(options.strStore.c_str(), "Disc Service") == 0 && strKey.size() == LETTER_AT + 1 &&
+           strncasecmp(strKey.c_str(), "Letter ", LETTER_AT) == 0 && isalpha(static_cast<unsigned char>(strKey.back()));
+}
+
+// A path that only this folder knows would be another image's, or none, wherever else the letter is used.
+std::string MakeValue(const OPTIONS_OPTIONS& options)
+{
+    const std::string& strValue = options.strValue;
+    const bool bLetter = strValue.size() == 2 && strValue[1] == ':';
+    if (!IsImageOfLetter(options) || strValue.empty() || bLetter || strValue.starts_with("file:"))
+        return strValue;
+    std::error_code error;
+    return std::filesystem::absolute(strValue, error).string();
+}
+
 void Set(const OPTIONS_OPTIONS& options)
 {
     RequireTools();
     if (options.strStore.empty() || options.strKey.empty())
         throw HostError("an option has a store and a name of its own that are not empty; give both.");
     const LyString strKey = Widen(options.strKey);
-    if (!COptionsHelper(Widen(options.strStore), true).Set(strKey, Widen(options.strValue), 0, nullptr, 0))
+    if (!COptionsHelper(Widen(options.strStore), true).Set(strKey, Widen(MakeValue(options)), 0, nullptr, 0))
         throw HostError("the option could not be stored; see what was said about its file, and correct that.");
 }
 

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <filesystem>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace
@@ -146,6 +147,14 @@ PassingName::~PassingName()
 {
     if (m_nSlot >= 0)
         RemoveAndFree(s_arySlots[m_nSlot]);
+}
+
+void RequireWritable(const std::string& strPath, const std::string& strName)
+{
+    constexpr mode_t ANY_WRITE = S_IWUSR | S_IWGRP | S_IWOTH;
+    struct stat status = {};
+    if (stat(strPath.c_str(), &status) != 0 || (status.st_mode & ANY_WRITE) == 0 || access(strPath.c_str(), W_OK) != 0)
+        throw HostError(strName + " is read-only; allow writing to it with chmod first.");
 }
 
 OUTPUT_PLACE FindOutputPlace(const std::string& strPath)

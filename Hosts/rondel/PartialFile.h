@@ -52,3 +52,7 @@ struct OUTPUT_PLACE
     bool bFile = true;   // false: a device or a named pipe. It stays what it is, and is written to as it stands.
 };
 OUTPUT_PLACE FindOutputPlace(const std::string& strPath); // throws HostError for a folder
+
+// Throws HostError for a file that is read-only, as strName, also where the user might change it nevertheless: the
+// owner of a file may swap it, and the super user may do all.
+void RequireWritable(const std::string& strPath, const std::string& strName);

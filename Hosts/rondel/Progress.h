@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "StatusLine.h"
 #include <chrono>
 #include <string>
 
@@ -10,9 +11,6 @@ class Progress
 {
 public:
     Progress(const std::string& strTask, long long nTotal);
-    ~Progress(); // takes the line away
-    Progress(const Progress&) = delete;
-    Progress& operator=(const Progress&) = delete;
 
     void Set(long long nDone);
 
@@ -21,8 +19,7 @@ private:
 
     std::string m_strTask;
     long long m_nTotal;
-    bool m_bTerminal;
-    bool m_bShown = false;
+    StatusLine m_Line;
     Clock::time_point m_Start = Clock::now();
     Clock::time_point m_Next;
 };

@@ -13,6 +13,7 @@ constexpr const char* FOOTER =
     "  flac, mp3, opus         with settings behind a colon: flac:level=8, mp3:vbr=0, \"opus:bitrate=160; vbr=on\"\n"
     "  cmd.SUFFIX=COMMAND      any program, as in cmd.mp3='lame -V 2 - %o': %o is the file, without it the program's\n"
     "                          output is. Settings go first: cmd.ogg='input=raw; command=oggenc -r - -o %o'\n"
+    "                          It gets the tags that it asks for, as %{Title}, and no replay gain.\n"
     "Docs/ENCODERS.md lists all settings.\n\n"
     "Names are made by a template, in which / divides folders: %{albumartist} %{album} %{artist} %{title} %{track}\n"
     "%{tracks} %{isrc}. What a file system would not take is replaced.\n\n"

@@ -1,14 +1,19 @@
 #include "StopSignals.h"
 #include <atomic>
 #include <csignal>
+#include <ctime>
 
 namespace
 {
 constexpr int STOP_SIGNALS[] = {SIGINT, SIGTERM, SIGHUP};
 constexpr int SIGNALS = sizeof STOP_SIGNALS / sizeof STOP_SIGNALS[0];
 
+constexpr long long SAME_WISH_MS = 500; // a program that ends another tells it, and its whole group a moment later
+
+// A handler may touch them.
 std::atomic<bool> s_bStopWanted{false};
-static_assert(std::atomic<bool>::is_always_lock_free); // a handler may touch it
+std::atomic<long long> s_nFirstMs{0};
+static_assert(std::atomic<bool>::is_always_lock_free && std::atomic<long long>::is_always_lock_free);
 struct sigaction s_aryBefore[SIGNALS];
 
 void RestoreAll()
@@ -17,9 +22,19 @@ void RestoreAll()
         (void)sigaction(STOP_SIGNALS[i], &s_aryBefore[i], nullptr);
 }
 
+long long GetMilliseconds()
+{
+    timespec now = {};
+    (void)clock_gettime(CLOCK_MONOTONIC, &now); // may be called in a handler
+    return now.tv_sec * 1000LL + now.tv_nsec / 1000000;
+}
+
 void OnSignal(int nSignal)
 {
+    const long long nNow = GetMilliseconds();
     if (!s_bStopWanted.exchange(true))
+        s_nFirstMs = nNow;
+    if (nNow - s_nFirstMs < SAME_WISH_MS)
         return;
     RestoreAll();
     (void)std::raise(nSignal); // comes as soon as this handler is left

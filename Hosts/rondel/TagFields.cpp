@@ -74,6 +74,20 @@ LyString GetUserTextName(const CID3v2Frame& frame)
                                                          : LyString();
 }
 
+// What the tag has under a name without a row. A name in the same case goes ahead of one in another.
+std::string GetOwnText(const CID3v2Tag& tag, const std::string& strName)
+{
+    const LyString strOwn = ToTagText(strName, "a field's name");
+    for (const bool bCase : {true, false})
+        for (const CID3v2Frame* pFrame : tag.m_aryFrames)
+        {
+            const LyString strFound = GetUserTextName(*pFrame);
+            if (!strFound.IsEmpty() && LyHash::AreTextsEqual(strFound, strOwn, bCase))
+                return FromTagText(pFrame->m_Properties.GetProperty(CID3v2Property::VALUE));
+        }
+    return {};
+}
+
 bool HasTableRow(const LyString& strDescription)
 {
     return std::any_of(GetID3v2FieldRows().begin(), GetID3v2FieldRows().end(),
@@ -119,7 +133,7 @@ std::string GetTagField(CID3v2Tag& tag, const std::string& strName)
     LyPropertyMap map;
     const LyString strField = Widen(strName);
     if (!tag.FindFieldAndFrame(strField, aryFields, aryFrames, false))
-        return {};
+        return IsTableField(strName) ? std::string() : GetOwnText(tag, strName);
     // Only genres are to be translated; numbers keep their totals, dates and gains the form of the frame.
     if (!tag.Get(strField, map, aryFields[0]->HasFlag(ID3V2_FIELD_GENRE) ? 0 : 1))
         return {};

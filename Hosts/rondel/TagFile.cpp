@@ -22,7 +22,6 @@ using namespace std::string_view_literals;
 
 constexpr int FROM_START = 0;
 constexpr int HEAD_BYTES = 12;
-constexpr mode_t ANY_WRITE = S_IWUSR | S_IWGRP | S_IWOTH;
 constexpr mode_t PERMISSIONS = 07777;
 
 struct OTHER_FORM
@@ -189,20 +188,11 @@ std::string TagFile::DescribeLosses()
                       : "";
 }
 
-// The owner of a file may swap it even if it is not to be written, and the super user may do all.
-void TagFile::CheckWritable() const
-{
-    struct stat status = {};
-    if (stat(m_strTarget.c_str(), &status) != 0 || (status.st_mode & ANY_WRITE) == 0 ||
-        access(m_strTarget.c_str(), W_OK) != 0)
-        throw HostError(m_strPath + " is read-only; allow writing to it with chmod first.");
-}
-
-void TagFile::Save(const std::function<void(CID3v2Tag&)>& edit)
+void TagFile::Save(const std::function<void(CID3v2Tag&)>& edit, TAG_SWAP eSwap)
 {
     std::error_code error;
     m_strTarget = std::filesystem::absolute(FindOutputPlace(m_strPath).strPath, error).string();
-    CheckWritable();
+    RequireWritable(m_strTarget, m_strPath);
     PartialFile partial(m_strTarget);
     if (!partial.GetIsOpen())
         Fail(std::string("cannot be copied beside itself (") + std::strerror(errno) + "), so see to its folder");
@@ -220,7 +210,7 @@ void TagFile::Save(const std::function<void(CID3v2Tag&)>& edit)
     if (copy.GetError() != 0 || m_pFile->GetError() != 0 || !copy.Synchronise())
         Fail(std::string("could not be written anew (") +
              std::strerror(copy.GetError() != 0 ? copy.GetError() : m_pFile->GetError()) + ")");
-    Swap(partial.GetPartialPath());
+    Swap(partial.GetPartialPath(), eSwap);
 }
 
 void TagFile::SaveID3v2(DescriptorReader& copy, const std::function<void(CID3v2Tag&)>& edit)
@@ -270,10 +260,10 @@ void TagFile::CheckWavCopy(DescriptorReader& copy, int nFrames)
         Fail("would be longer than the 4 GiB of a WAV file; use FLAC for it");
 }
 
-void TagFile::Swap(const std::string& strCopy) const
+void TagFile::Swap(const std::string& strCopy, TAG_SWAP eSwap) const
 {
     const SignalsHeld held;
-    if (!CanSay(m_strTarget))
+    if (eSwap == TAG_SWAP_AT_ONCE || !CanSay(m_strTarget))
     {
         if (std::rename(strCopy.c_str(), m_strTarget.c_str()) != 0)
             Fail(std::string("could not be replaced (") + std::strerror(errno) + ")");

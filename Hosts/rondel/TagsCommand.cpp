@@ -153,7 +153,7 @@ void AddTagsCommand(CLI::App& app, int& nExitCode)
 {
     auto p = std::make_shared<TAGS_OPTIONS>();
     CLI::App* pCommand = app.add_subcommand("tags", "Shows the tags of files, and changes them.");
-    pCommand->add_option("FILES", p->aryFiles, "WAV and MP3 files");
+    pCommand->add_option("FILES", p->aryFiles, "WAV and MP3 files")->check(CheckFileName);
     pCommand->add_flag("--json", p->bJson, "print JSON for programs");
     pCommand->footer(FOOTER);
     CLI::App* pSet = pCommand->add_subcommand("set", "Changes fields: rondel tags set FILE... Field=Value...");

@@ -57,6 +57,8 @@ TagsRequest::TagsRequest(const TAGS_SET_OPTIONS& options) : m_strJson(options.st
     for (const std::string& strArgument : options.aryArguments)
     {
         const size_t nEquals = strArgument.find('=');
+        if (strArgument.empty())
+            throw CLI::ValidationError("the name of a file is empty");
         if (!IsAssignment(strArgument))
             m_aryFiles.push_back(strArgument);
         else if (nEquals == 0)

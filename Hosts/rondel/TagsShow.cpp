@@ -56,6 +56,16 @@ json ToObject(const TAG_FIELDS& fields)
     return object;
 }
 
+// ID3v2.4.0-structure, 3: the three letters of ISO 639-2, which the frame has as a number; empty where it has none.
+std::string GetLanguage(int nLanguage)
+{
+    std::string strLetters;
+    for (int nShift = 16; nShift >= 0; nShift -= 8)
+        strLetters += static_cast<char>(nLanguage >> nShift & 0xFF);
+    const bool bLetters = std::all_of(strLetters.begin(), strLetters.end(), [](char c) { return c > ' ' && c <= '~'; });
+    return bLetters ? strLetters : std::string();
+}
+
 // A picture's and a private frame's value is base64.
 json DescribeFrame(const CID3v2Frame& frame)
 {
@@ -71,7 +81,8 @@ json DescribeFrame(const CID3v2Frame& frame)
             object[pKey] = FromTagText(frame.m_Properties.GetProperty(pProperty));
     };
     add("encoding", CID3v2Property::TEXT_ENCODING, true);
-    add("language", CID3v2Property::LANGUAGE_ID, true);
+    if (frame.m_Properties.GetHasProperty(CID3v2Property::LANGUAGE_ID))
+        object["language"] = GetLanguage(frame.m_Properties.GetPropertyInt(CID3v2Property::LANGUAGE_ID));
     add("description", CID3v2Property::DESCRIPTION, false);
     add("mime_type", CID3v2Property::MIME_TYPE, false);
     add("picture_type", CID3v2Property::PICTURE_TYPE, true);

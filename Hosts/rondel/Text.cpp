@@ -9,6 +9,11 @@ LyString Widen(const std::string& str) { return LyString(WidenUTF8(str).c_str())
 
 std::string Narrow(const wchar_t* p) { return p != nullptr ? NarrowUTF8(p) : std::string(); }
 
+std::string CountOf(long long nCount, const char* pWhat)
+{
+    return std::to_string(nCount) + " " + pWhat + (nCount == 1 ? "" : "s");
+}
+
 std::string FormatMSF(int nSectors)
 {
     char szText[32];

@@ -78,6 +78,7 @@ public:
 
 private:
     std::string Fail(const std::string& strWhat) const;
+    void CheckSource() const;
     void CheckFormat();
     void DropPartOfBlock();
     void SetUpEncoder();
@@ -93,8 +94,20 @@ private:
 
 std::string Encoding::Fail(const std::string& strWhat) const { return m_Wish.strSource + " " + strWhat; }
 
+// Ahead of opening it: whoever opens a named pipe waits for somebody who writes into it, deaf to every wish to stop.
+void Encoding::CheckSource() const
+{
+    std::error_code error;
+    const std::filesystem::file_status status = std::filesystem::status(m_Wish.strSource, error);
+    if (std::filesystem::is_directory(status))
+        throw HostError(Fail("is a folder; name the files in it."));
+    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
+        throw HostError(Fail("is no file; save the audio as a WAV file first."));
+}
+
 void Encoding::OpenSource()
 {
+    CheckSource();
     const bool bOpen = m_pFeed->OpenFile(Widen(m_Wish.strSource));
     ILyReader* pReader = m_pFeed->m_pFileReader;
     if (pReader == nullptr || !pReader->GetIsOpen())
@@ -143,7 +156,7 @@ void Encoding::ChooseTarget()
     if (!m_Wish.strTarget.empty())
     {
         const OUTPUT_PLACE place = FindOutputPlace(m_Wish.strTarget);
-        if (!place.bFile)
+        if (!place.bFile || m_Wish.strTarget == "-")
             throw HostError(m_Wish.strTarget + " is no file, and encoders write files; name one with -o.");
         m_strTarget = place.strPath;
     }

@@ -1,8 +1,11 @@
 #include "WavEncodingTags.h"
 #include "LyDateTime.h"
+#include "TagFields.h"
 #include "Text.h"
+#include <algorithm>
 #include <climits>
 #include <filesystem>
+#include <iterator>
 
 namespace
 {
@@ -16,6 +19,42 @@ const TAG_ROW s_aryTags[] = {
     {L"Name", "Title"},          {L"Artist", "Artist"},       {L"Album", "Album"}, {L"Album Artist", "Album Artist"},
     {L"Composer", "Composer"},   {L"Conductor", "Conductor"}, {L"Genre", "Genre"}, {L"Comment", "Comment"},
     {L"Publisher", "Publisher"}, {L"Copyright", "Copyright"}, {L"ISRC", "ISRC"},
+};
+
+// Beyond those, what a tag says of the music and not of its file. Names of encoders are free beyond their own.
+const TAG_ROW s_aryMore[] = {
+    {L"Lyricist", "Lyricist"},
+    {L"Arranger", "Arranger"},
+    {L"Lyrics", "Lyrics"},
+    {L"BPM", "BPM"},
+    {L"Key", "Key"},
+    {L"Mood", "Mood"},
+    {L"Grouping", "Grouping"},
+    {L"Compilation", "Compilation"},
+    {L"Language", "Language"},
+    {L"Media", "Media"},
+    {L"Catalog Number", "CATALOGNUMBER"},
+    {L"Name Sort", "Title Sort"},
+    {L"Artist Sort", "Artist Sort"},
+    {L"Album Sort", "Album Sort"},
+    {L"Album Artist Sort", "Album Artist Sort"},
+    {L"Composer Sort", "Composer Sort"},
+    {L"MusicBrainz Track Id", "MusicBrainz Track Id"},
+    {L"MusicBrainz Release Track Id", "MusicBrainz Release Track Id"},
+    {L"MusicBrainz Album Id", "MusicBrainz Album Id"},
+    {L"MusicBrainz Release Group Id", "MusicBrainz Release Group Id"},
+    {L"MusicBrainz Artist Id", "MusicBrainz Artist Id"},
+    {L"MusicBrainz Album Artist Id", "MusicBrainz Album Artist Id"},
+    {L"MusicBrainz Disc Id", "MusicBrainz Disc Id"},
+    {L"AcoustID Id", "AcoustID Id"},
+};
+
+// RFC 7845, 5.2.1: files of Opus have gains of another kind.
+const TAG_ROW s_aryGains[] = {
+    {L"Replay Gain Track", "REPLAYGAIN_TRACK_GAIN"},
+    {L"Replay Gain Track Peak", "REPLAYGAIN_TRACK_PEAK"},
+    {L"Replay Gain Album", "REPLAYGAIN_ALBUM_GAIN"},
+    {L"Replay Gain Album Peak", "REPLAYGAIN_ALBUM_PEAK"},
 };
 
 // With a total behind a "/", if there is one.
@@ -43,10 +82,25 @@ std::string GetDate(CWAVInfo& info)
     return Narrow(date.FormatISO8601(false, true));
 }
 
-void GiveTag(RipEncoder& encoder, const char* pTag, const std::string& strValue)
+void GiveTag(RipEncoder& encoder, const std::string& strTag, const std::string& strValue)
 {
     if (!strValue.empty())
-        encoder.SetText(std::string("Tag ") + pTag, strValue);
+        encoder.SetText("Tag " + strTag, strValue);
+}
+
+// Of other samples than the new file has: "iTunSMPB" is the gap ahead of them, "iTunNORM" their levels.
+bool IsOfSamples(const std::string& strName) { return strName.starts_with("iTun"); }
+
+void GiveMoreTags(CID3v2Tag& tag, RipEncoder& encoder)
+{
+    const auto give = [&](const TAG_ROW& row)
+    { GiveTag(encoder, row.pTag, GetTagField(tag, Narrow(LyString(row.pField)))); };
+    std::for_each(std::begin(s_aryMore), std::end(s_aryMore), give);
+    if (encoder.GetName() != "opus")
+        std::for_each(std::begin(s_aryGains), std::end(s_aryGains), give);
+    for (const auto& [strName, strValue] : CollectTagFields(tag))
+        if (!IsTableField(strName) && !IsOfSamples(strName))
+            GiveTag(encoder, strName, strValue);
 }
 } // namespace
 
@@ -59,6 +113,7 @@ WavEncodingTags::WavEncodingTags(CWAVInfo& info, RipEncoder& encoder)
     if (GetNumberField(info, L"Track #").empty())
         GiveTag(encoder, "Track", GetField(info, L"IPRT")); // where some programs keep the number in an INFO list
     GiveTag(encoder, "Date", GetDate(info));
+    GiveMoreTags(info.m_ID3v2Tag, encoder);
     const std::string strPicture = GetField(info, L"Image File");
     std::error_code error;
     if (strPicture.starts_with('/') && std::filesystem::is_regular_file(strPicture, error))

@@ -118,6 +118,10 @@ TEST(EncoderTags, AreNamedAsTheFormatsNameThem)
     EXPECT_EQ("DATE", EncoderVorbisName("Year"));
     EXPECT_EQ("MY NAME", EncoderVorbisName("My Name"));
     EXPECT_EQ("A_B__", EncoderVorbisName("a=b\xC3\xA4"));
+    EXPECT_EQ("MUSICBRAINZ_ALBUMID", EncoderVorbisName("MusicBrainz Album Id"));
+    EXPECT_EQ("TITLESORT", EncoderVorbisName("Title Sort"));
+    EXPECT_STREQ("TSOT", EncoderID3Frame("titlesort"));
+    EXPECT_STREQ("TXXX:MusicBrainz Album Id", EncoderID3Frame("MusicBrainz Album Id"));
     EXPECT_STREQ("TPE2", EncoderID3Frame("Album Artist"));
     EXPECT_EQ(nullptr, EncoderID3Frame("Comment"));
     EXPECT_EQ(nullptr, EncoderID3Frame("My Name"));

@@ -112,16 +112,20 @@ TEST_F(Mp3Encoder, TagsAndPictureAreReadByOthers)
           std::pair("Tag Album Artist", "All"), std::pair("Tag Track", "3/12"), std::pair("Tag Disc", "1/2"),
           std::pair("Tag Date", "1999"), std::pair("Tag Genre", "A Genre of its own"),
           std::pair("Tag Comment", "Wörter"), std::pair("Tag ISRC", "DEA123456789"),
-          std::pair("Tag Ripper Note", "kept")})
+          std::pair("Tag Ripper Note", "kept"), std::pair("Tag BPM", "120"),
+          std::pair("Tag MusicBrainz Album Id", "1-2-3")})
         Set(pName, pValue);
     ASSERT_TRUE(Encode(MakeMusic(30000))) << Get("Last Error");
     const std::string strTags = Run("ffprobe -v error -show_entries format_tags -of default=nk=0:nw=1 out.mp3");
-    for (const char* pLine : {"TAG:title=Größe 音 \U0001F3B5\n", "TAG:artist=Plain\n", "TAG:album_artist=All\n",
-                              "TAG:track=3/12\n", "TAG:disc=1/2\n", "TAG:date=1999\n", "TAG:genre=A Genre of its own\n",
-                              "TAG:comment=Wörter\n", "TAG:TSRC=DEA123456789\n", "TAG:RIPPER NOTE=kept\n"})
+    for (const char* pLine :
+         {"TAG:title=Größe 音 \U0001F3B5\n", "TAG:artist=Plain\n", "TAG:album_artist=All\n", "TAG:track=3/12\n",
+          "TAG:disc=1/2\n", "TAG:date=1999\n", "TAG:genre=A Genre of its own\n", "TAG:comment=Wörter\n",
+          "TAG:TSRC=DEA123456789\n", "TAG:RIPPER NOTE=kept\n", "TAG:TBPM=120\n", "TAG:MusicBrainz Album Id=1-2-3\n"})
         EXPECT_NE(std::string::npos, strTags.find(pLine)) << pLine << strTags;
     EXPECT_TRUE(ReadFile(strPicture) == Run("ffmpeg -v error -nostdin -i out.mp3 -map 0:v -c copy -f image2pipe -"))
         << "the picture";
+    EXPECT_EQ("Cover (front)\n", Run("ffprobe -v error -select_streams v -show_entries stream_tags=comment "
+                                     "-of default=nk=1:nw=1 out.mp3"));
     EXPECT_EQ(30000, CountDecoded(2));
 }
 

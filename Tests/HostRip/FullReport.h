@@ -38,7 +38,7 @@ TIE(ACCURATERIP_VERDICT, a, b, c, d)
 TIE(CTDB_PART_VERDICT, a, b, c, d, e, f)
 TIE(CTDB_VERDICT, a, b, c, d, e)
 TIE(RIP_VERIFICATION, a, b, c, d, e)
-TIE(RIP_REPORT, a, b, c, d, e, f, g, h, i, j, k, l, m, n, o, p, q, r, s)
+TIE(RIP_REPORT, a, b, c, d, e, f, g, h, i, j, k, l, m, n, o, p, q, r, s, t, u)
 #undef TIE
 
 // Calls Take(leaf) for every text, number and flag of a record, and Empty() for every list and optional without one.
@@ -197,6 +197,8 @@ inline RIP_REPORT MakeFullReport()
     report.fSeconds = 1220.5;
     report.album = MakeFullLoudness(40);
     report.nAlbumDR = 309;
+    report.selection = MakeFullLoudness(50);
+    report.nSelectionDR = 310;
     report.nDiscCTDB = 0xDEADBEEF;
     report.aryFiles = {MakeFullFile(90), MakeFullFile(91, false)};
     report.aryVerifications = {MakeFullVerification()};

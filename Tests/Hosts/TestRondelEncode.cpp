@@ -3,6 +3,7 @@
 #include "HostProcess.h"
 #include "Media/WavBytes.h"
 #include <algorithm>
+#include <sys/stat.h>
 
 namespace
 {
@@ -97,6 +98,36 @@ TEST_F(RondelEncode, EveryEncoderMakesAFileThatOthersDecode)
 
 // ---- Names
 
+TEST_F(RondelEncode, AllTagsGoAlong)
+{
+    (void)m_Folder.Write("a.wav", MakeWav(MakeAudio(40000)));
+    ASSERT_EQ(0, Here("\"$RONDEL\" tags set a.wav Title=T Track=3/12 Date=1999-05-30 BPM=120 Lyrics=la Compilation=1 "
+                      "'Album Artist Sort=S' 'MusicBrainz Album Id=1-2-3' 'Catalog Number=C 1' 'Own Name=own' "
+                      "iTunSMPB=0 'Replay Gain Track=-6.48 dB' 'Replay Gain Track Peak=0.5'")
+                     .m_nExit);
+    const auto probe = [&](const std::string& strEncoder)
+    {
+        EXPECT_EQ(0, Here("\"$RONDEL\" encode a.wav --encoder " + strEncoder).m_nExit);
+        return Here("ffprobe -v error -show_entries format_tags:stream_tags -of default=nw=1 a." + strEncoder)
+            .m_strOutput;
+    };
+    const std::string strFlac = probe("flac");
+    for (const char* pLine : {"TITLE=T", "track=3/12", "DATE=1999-05-30", "BPM=120", "LYRICS=la", "COMPILATION=1",
+                              "ALBUMARTISTSORT=S", "MUSICBRAINZ_ALBUMID=1-2-3", "CATALOGNUMBER=C 1", "OWN NAME=own",
+                              "REPLAYGAIN_TRACK_GAIN=-6.48 dB", "REPLAYGAIN_TRACK_PEAK=0.500000"})
+        EXPECT_NE(std::string::npos, strFlac.find("TAG:" + std::string(pLine) + "\n")) << pLine << " in\n" << strFlac;
+    const std::string strMp3 = probe("mp3");
+    for (const char* pLine : {"title=T", "TBPM=120", "TSO2=S", "MusicBrainz Album Id=1-2-3", "OWN NAME=own",
+                              "REPLAYGAIN_TRACK_GAIN=-6.48 dB"})
+        EXPECT_NE(std::string::npos, strMp3.find("TAG:" + std::string(pLine) + "\n")) << pLine << " in\n" << strMp3;
+    // RFC 7845, 5.2.1: no gain of this kind in Opus. And what tells of other samples is true of them only.
+    const std::string strOpus = probe("opus");
+    EXPECT_NE(std::string::npos, strOpus.find("TAG:BPM=120\n"));
+    EXPECT_EQ(std::string::npos, strOpus.find("REPLAYGAIN")) << strOpus;
+    for (const std::string& str : {strFlac, strMp3, strOpus})
+        EXPECT_EQ(std::string::npos, str.find("SMPB")) << str;
+}
+
 TEST_F(RondelEncode, SeveralFilesGoToAFolder)
 {
     std::filesystem::create_directory(m_Folder.Get("out"));
@@ -139,6 +170,7 @@ TEST_F(RondelEncode, WhatIsNoTargetIsLeftAlone)
     ExpectSentence(Here("\"$RONDEL\" encode a.wav --encoder flac -o dir"), 1, {"dir", "folder"});
     ExpectSentence(Here("\"$RONDEL\" encode a.wav --encoder flac -o /dev/null"), 1, {"/dev/null", "no file"});
     EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
+    ExpectSentence(Here("\"$RONDEL\" encode a.wav --encoder flac -o -"), 1, {"- is no file", "-o"});
     ExpectSentence(Here("\"$RONDEL\" encode a.wav --encoder flac --to nowhere"), 1, {"nowhere", "no folder"});
     ExpectSentence(Here("\"$RONDEL\" encode a.wav --encoder flac -o nowhere/a.flac"), 1, {"nowhere/a.flac"});
     EXPECT_EQ("dir ", ListNew());
@@ -181,7 +213,11 @@ TEST_F(RondelEncode, WhatCannotBeEncodedIsASentence)
         ExpectSentence(HostProcess::Run({"encode", strPath, "--encoder", "flac"}), 1, row.aryWords);
     }
     ExpectSentence(HostProcess::Run({"encode", Get("none.wav"), "--encoder", "flac"}), 1, {"none.wav"});
-    ExpectSentence(HostProcess::Run({"encode", Get(""), "--encoder", "flac"}), 1, {"cannot be opened"});
+    ExpectSentence(HostProcess::Run({"encode", Get(""), "--encoder", "flac"}), 1, {"is a folder"});
+    ASSERT_EQ(0, mkfifo(Get("pipe.wav").c_str(), 0600));
+    ExpectSentence(Here("timeout -k 1 60 \"$RONDEL\" encode pipe.wav --encoder flac"), 1, {"pipe.wav", "is no file"});
+    std::filesystem::remove(Get("pipe.wav"));
+    ExpectSentence(Here("timeout -k 1 60 \"$RONDEL\" encode /dev/zero --encoder flac -o x.flac"), 1, {"is no file"});
     EXPECT_EQ("", ListNew());
 }
 

@@ -223,6 +223,19 @@ TEST_F(RondelInspect, TheRootSizeIsMendedAndNothingElse)
     EXPECT_TRUE(SameBytes(strGood, ReadWholeFile(Get("a.wav"))));
 }
 
+TEST_F(RondelInspect, AReadOnlyFileIsNotMended)
+{
+    const std::string strBad = WithRootSize(MakeWav(MakeAudio(400)), 77);
+    (void)m_Folder.Write("a.wav", strBad);
+    ASSERT_EQ(0, Here("chmod 444 a.wav").m_nExit);
+    const HOST_RESULT result = HostProcess::Run({"inspect", "--repair", Get("a.wav")});
+    EXPECT_EQ(1, result.m_nExit);
+    EXPECT_EQ("", result.m_strOutput);
+    if (geteuid() == 0) // others are told by the system
+        ExpectSentence(result, 1, {"a.wav", "is read-only", "chmod"});
+    EXPECT_TRUE(SameBytes(strBad, ReadWholeFile(Get("a.wav"))));
+}
+
 TEST_F(RondelInspect, OtherProblemsStayAfterARepair)
 {
     const std::string strCut = MakeWav(MakeAudio(400)).substr(0, 300);

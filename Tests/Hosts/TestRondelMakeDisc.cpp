@@ -76,6 +76,12 @@ protected:
 };
 } // namespace
 
+TEST_F(RondelMakeDisc, ADiscOfOneTrackHasOneTrack)
+{
+    const HOST_RESULT made = MakeDisc({WriteAudio("one.wav", MakePatternSectors(0, 375), {})});
+    EXPECT_EQ(Get("disc.cue") + ": 1 track, 00:05.00\n", made.m_strOutput);
+}
+
 TEST_F(RondelMakeDisc, WavAndFlacComeBackByteForByte)
 {
     AUDIO flac;

@@ -111,6 +111,65 @@ TEST_F(RipTagsTest, EncodedFilesHaveTheGainOfTrackAndAlbum)
     ExpectCheckedLog();
 }
 
+TEST_F(RipTagsTest, SomeTracksHaveNoAlbumGain)
+{
+    (void)RipWell(
+        {"--tracks", "1,3", "--encoder", "wav", "--encoder", "flac", "--encoder", "mp3", "--encoder", "opus"});
+    for (const char* pName : {"01.wav", "03.wav", "01.flac", "03.mp3", "01.opus"})
+    {
+        const std::string strTags = Probe(pName);
+        EXPECT_NE(std::string::npos, strTags.find("_TRACK_GAIN=")) << pName;
+        EXPECT_EQ(std::string::npos, strTags.find("_ALBUM_")) << pName << strTags;
+    }
+    const nlohmann::json log = GetLog();
+    EXPECT_TRUE(log["album"].is_null() && log["album_dr"].is_null());
+    EXPECT_TRUE(log["selection"]["integrated_lufs"].is_number());
+    EXPECT_TRUE(log["selection"]["replay_gain_db"].is_null());
+    const std::string strText = ReadWholeFile(Out("Album.log"));
+    const std::string strWhole = strText.substr(strText.find("The whole rip"));
+    EXPECT_NE(std::string::npos, strWhole.find("  Measured over         what was ripped, not the whole album"));
+    EXPECT_NE(std::string::npos, strWhole.find("  Loudness   "));
+    EXPECT_EQ(std::string::npos, strWhole.find("ReplayGain"));
+    ExpectCheckedLog();
+}
+
+TEST_F(RipTagsTest, AllTracksByTheirNumbersAreTheAlbum)
+{
+    (void)RipWell({"--tracks", "1-3"});
+    ExpectLines("03.wav", GetGainLines(2));
+    EXPECT_TRUE(GetLog()["selection"].is_null());
+    EXPECT_EQ(std::string::npos, ReadWholeFile(Out("Album.log")).find("Measured over"));
+}
+
+TEST_F(RipTagsTest, ARangeHasNoGain)
+{
+    (void)RipWell({"--range", "100-399"});
+    for (const std::string& strName : GetOutput())
+        EXPECT_TRUE(!strName.ends_with(".wav") || Probe(strName).find("ALBUM_GAIN") == std::string::npos) << strName;
+    EXPECT_TRUE(GetLog()["album"].is_null());
+}
+
+// The foundation's text cannot say such a name, since its UTF-8 has three bytes at most.
+TEST_F(RipTagsTest, ANameWithACharacterOfFourBytesHasItsGain)
+{
+    const std::string strName = "tune \xF0\x9F\x8E\xB5 0";
+    const HOST_RESULT result =
+        HostProcess::Run({"rip", m_strCue, "--to", Out("").string(), "--name", "tune \xF0\x9F\x8E\xB5 %{track}",
+                          "--encoder", "wav", "--encoder", "mp3"});
+    EXPECT_EQ(0, result.m_nExit) << result.m_strErrors;
+    for (size_t n = 0; n < 3; ++n)
+        for (const char* pSuffix : {".wav", ".mp3"})
+            ExpectLines(strName + std::to_string(n + 1) + pSuffix, GetGainLines(n));
+    ExpectCheckedLog();
+}
+
+TEST_F(RipTagsTest, WhatACommandMakesIsLeftAlone)
+{
+    (void)RipWell({"--encoder", "cmd.flac=flac --silent - -o %o"});
+    EXPECT_EQ(std::string::npos, Probe("01.flac").find("REPLAYGAIN"));
+    ExpectCheckedLog();
+}
+
 TEST_F(RipTagsTest, WithoutAnalysisThereIsNoGain)
 {
     (void)RipWell({"--no-analysis", "--encoder", "wav", "--encoder", "flac"});

@@ -81,6 +81,29 @@ TEST_F(RondelServices, AnImageGetsALetterByAnOption)
     EXPECT_TRUE(SameBytes(MakePatternSectors(0, 75), GetWavSamples(ReadWholeFile(wav)).substr(0, 75 * 2352)));
 }
 
+TEST_F(RondelServices, ALettersImageIsFoundFromOtherFolders)
+{
+    const std::string strFolder = m_Folder.Get("").string();
+    const auto set = [&](const std::string& strStore, const std::string& strKey, const std::string& strValue)
+    {
+        EXPECT_EQ(0, HostProcess::RunShell("cd '" + strFolder + "' && \"$RONDEL\" options set '" + strStore + "' '" +
+                                           strKey + "' '" + strValue + "'")
+                         .m_nExit);
+        return GetOutput({"options", "get", strStore, strKey});
+    };
+    EXPECT_EQ(m_strCue + "\n", set("Disc Service", "Letter H", "a.cue"));
+    EXPECT_EQ(1U, GetJson({"info", "H:", "--json"})["tracks"].size());
+    EXPECT_EQ(m_strCue + "\n", set("disc service", "letter h", "a.cue")) << "names of options have no case";
+    // What is yet to come, or is no path of this folder.
+    EXPECT_EQ(m_Folder.Get("later.cue").string() + "\n", set("Disc Service", "Letter I", "later.cue"));
+    for (const std::string strOther : {"/dev/sr0", "file:///a/b.cue", "E:", ""})
+        EXPECT_EQ(strOther + "\n", set("Disc Service", "Letter I", strOther));
+    // Others are no paths.
+    EXPECT_EQ("a.cue\n", set("Disc Service", "Letter", "a.cue"));
+    EXPECT_EQ("a.cue\n", set("Disc Service", "Letter HH", "a.cue"));
+    EXPECT_EQ("a.cue\n", set("Other", "Letter H", "a.cue"));
+}
+
 TEST_F(RondelServices, ALetterThatNobodyHasIsASentence)
 {
     ExpectSentence(HostProcess::Run({"info", "Q:"}), 1, {"Q:", "rondel drives"});

@@ -1,6 +1,7 @@
 // rondel tags: what it shows and sets, judged by other readers of tags.
 
 #include "TagsTest.h"
+#include <set>
 
 class RondelTags : public RondelTagsTest
 {
@@ -232,6 +233,34 @@ TEST_F(RondelTags, WhatIsPrintedAsJsonCanBeSetAgain)
     EXPECT_EQ("Both", Field("a.mp3", "Album"));
     MakeMp3("c.mp3", 3);
     ExpectSentence(Here("\"$RONDEL\" tags set c.mp3 --from-json t.json"), 1, {"c.mp3", "t.json"});
+}
+
+// Texts under names of their own, and comments in languages, as another program writes them.
+TEST_F(RondelTags, WhatOthersWroteIsNotRewrittenByItsOwnJson)
+{
+    MakeMp3("a.mp3", 3);
+    ASSERT_EQ(0, Here("id3v2 -D a.mp3 && id3v2 --TXXX Nope:x -c first:one:ger -c second:two:eng -g 17 a.mp3").m_nExit);
+    MakeMp3("b.mp3", 4);
+    ASSERT_EQ(0, Here("ffmpeg -v error -nostdin -i b.mp3 -c copy -metadata Nope=x -metadata 'Gr\xC3\xB6\xC3\x9F"
+                      "e'=y -id3v2_version 4 c.mp3")
+                     .m_nExit);
+    for (const char* pName : {"a.mp3", "b.mp3", "c.mp3"})
+    {
+        const std::string strOld = Read(pName);
+        (void)Tags(std::string("--json ") + pName + " > t.json");
+        EXPECT_EQ(std::string(pName) + ": no change\n",
+                  Tags(std::string("set ") + pName + " --from-json t.json --dry-run"));
+        (void)Tags(std::string("set ") + pName + " --from-json t.json");
+        EXPECT_TRUE(SameBytes(strOld, Read(pName))) << pName;
+    }
+    EXPECT_EQ("x", Field("c.mp3", "Nope"));
+    EXPECT_EQ("x", Field("a.mp3", "Nope"));
+    std::set<std::string> setLanguages;
+    const json described = Describe("a.mp3");
+    for (const json& frame : described["frames"])
+        if (frame["id"] == "COMM")
+            setLanguages.insert(frame["language"]);
+    EXPECT_EQ((std::set<std::string>{"eng", "ger"}), setLanguages);
 }
 
 TEST_F(RondelTags, APlainObjectIsForEveryFile)

@@ -53,6 +53,14 @@ const USAGE_CASE s_aryCases[] = {
     {{"make-disc", "a.wav"}, {"output", "'rondel make-disc --help'"}},
     {{"make-disc", "-o", "a.cue"}, {"FILES", "'rondel make-disc --help'"}},
     {{"make-disc", "-o", "a.cue", "--gap", "text", "a.wav"}, {"--gap", "text"}},
+    {{"rip", "a.cue", "--tracks", "1", "--tracks", "2"}, {"rondel: --tracks may be given once, not 2 times;"}},
+    {{"rip", "a.cue", "--tracks", "0"}, {"rondel: --tracks takes numbers"}},
+    {{"tags", ""}, {"the name of a file is empty"}},
+    {{"tags", "set", "", "Title=x"}, {"the name of a file is empty"}},
+    {{"encode", "a.wav", "", "--encoder", "flac"}, {"the name of a file is empty"}},
+    {{"check", ""}, {"the name of a file is empty"}},
+    {{"tags", "set", "a.wav"}, {"nothing is to be changed", "'rondel tags set --help'"}},
+    {{"options", "get", "store"}, {"KEY", "'rondel options get --help'"}},
 };
 } // namespace
 

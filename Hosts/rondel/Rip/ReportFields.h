@@ -258,6 +258,8 @@ void Fields(ARCHIVE& a, typename ARCHIVE::template Ref<RIP_REPORT> report)
     a.List("pieces", report.aryPieces, REPORT_MAX_PIECES);
     a.OptionalRecord("album", report.album);
     a.OptionalNumber("album_dr", report.nAlbumDR);
+    a.OptionalRecord("selection", report.selection);
+    a.OptionalNumber("selection_dr", report.nSelectionDR);
     a.Sum("disc_ctdb", report.nDiscCTDB);
     a.List("files", report.aryFiles);
     a.List("verifications", report.aryVerifications);

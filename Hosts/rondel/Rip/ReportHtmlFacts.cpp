@@ -52,10 +52,23 @@ std::string MakeDriveFacts(const RIP_DRIVE& drive)
                          Fact("Speed", drive.nMaxSpeed > 0 ? "up to " + std::to_string(drive.nMaxSpeed) + "×" : ""));
 }
 
+// "2026-11-21 12:00:41 +01:00": the parts of ISO 8601 apart, as people read them and lines break between them.
+std::string ShowTime(std::string strTime)
+{
+    constexpr size_t TIME_AT = std::string_view("2026-11-21").size();
+    constexpr size_t OFFSET_AT = std::string_view("2026-11-21T12:00:41").size();
+    if (strTime.size() > OFFSET_AT && strTime[TIME_AT] == 'T')
+    {
+        strTime[TIME_AT] = ' ';
+        strTime.insert(OFFSET_AT, " ");
+    }
+    return Isolate(strTime);
+}
+
 std::string MakeRipFacts(const RIP_REPORT& report)
 {
     return MakeGroup("Rip", Fact("Mode", report.bSecure ? "secure: everything is read twice" : "burst: read once") +
-                                Fact("Began", Isolate(report.strStarted)) + Fact("Ended", Isolate(report.strEnded)) +
+                                Fact("Began", ShowTime(report.strStarted)) + Fact("Ended", ShowTime(report.strEnded)) +
                                 Fact("Took", report.fSeconds > 0 ? FormatSeconds(report.fSeconds) + " min" : "") +
                                 Fact("Command", Code(report.strCommand)) + Fact("Program", Isolate(report.strProgram)));
 }

@@ -107,32 +107,37 @@ double GetAverageSpeed(const RIP_REPORT& report)
     }
     return fReading > 0 ? fAudio / fReading : 0;
 }
-} // namespace
 
-std::string MakeSpeedChart(const RIP_REPORT& report)
+struct SPEED_RANGE
 {
-    const STRETCH stretch = GetStretch(report);
-    const COLUMNS columns = ThinSpeed(report, stretch.nFirst, stretch.nEnd, CHART_COLUMNS);
     double fLow = 0;
     double fHigh = 0;
     bool bKnown = false;
+};
+
+SPEED_RANGE GetRange(const COLUMNS& columns)
+{
+    SPEED_RANGE range;
     for (const COLUMN& column : columns)
     {
         if (!column.bKnown)
             continue;
-        fLow = bKnown ? std::min(fLow, column.fLow) : column.fLow;
-        fHigh = std::max(fHigh, column.fHigh);
-        bKnown = true;
+        range.fLow = range.bKnown ? std::min(range.fLow, column.fLow) : column.fLow;
+        range.fHigh = std::max(range.fHigh, column.fHigh);
+        range.bKnown = true;
     }
-    if (!bKnown)
-        return "<p class=\"none\">The read speed was not recorded.</p>\n";
+    return range;
+}
 
+// Without its series.
+CHART MakeFrame(const STRETCH& stretch, const SPEED_RANGE& range)
+{
     CHART chart;
     chart.strID = "speed";
     chart.strCaption = "Read speed over the disc";
     chart.strTitle = chart.strCaption;
-    chart.strDescription = "All readings of a block together: from " + FormatDecimal(fLow, 1) + " to " +
-                           FormatDecimal(fHigh, 1) + " times the speed of playing.";
+    chart.strDescription = "All readings of a block together: from " + FormatDecimal(range.fLow, 1) + " to " +
+                           FormatDecimal(range.fHigh, 1) + " times the speed of playing.";
     chart.strLegend = LegendItem("speed", "<rect y=\"3\" width=\"22\" height=\"8\"/><path d=\"M0 3H22\"/>",
                                  "times the speed of playing; lowest to highest");
     chart.nTop = LANE;
@@ -140,8 +145,20 @@ std::string MakeSpeedChart(const RIP_REPORT& report)
     chart.nHeight = LANE + SPEED_PLOT + LANE + AXIS;
     chart.fFirst = static_cast<double>(stretch.nFirst) / LY_CD_SECTORS_PER_SECOND;
     chart.fSeconds = static_cast<double>(stretch.nEnd - stretch.nFirst) / LY_CD_SECTORS_PER_SECOND;
+    return chart;
+}
+} // namespace
 
-    const double fTop = std::max(fHigh * 1.05, 1.0);
+std::string MakeSpeedChart(const RIP_REPORT& report)
+{
+    const STRETCH stretch = GetStretch(report);
+    const COLUMNS columns = ThinSpeed(report, stretch.nFirst, stretch.nEnd, CHART_COLUMNS);
+    const SPEED_RANGE range = GetRange(columns);
+    if (!range.bKnown)
+        return "<p class=\"none\">The read speed was not recorded.</p>\n";
+
+    CHART chart = MakeFrame(stretch, range);
+    const double fTop = std::max(range.fHigh * 1.05, 1.0);
     const auto height = [&](double f)
     { return LANE + static_cast<int>(std::lround((1 - std::clamp(f / fTop, 0.0, 1.0)) * SPEED_PLOT)); };
     std::string strBody = MakeTimeAxis(chart);

@@ -124,7 +124,7 @@ std::string MakeFigures(const RIP_REPORT& report)
     for (const RIP_PIECE& piece : report.aryPieces)
         nSectors += std::max(piece.nSectors, 0);
     const auto loudness = [&](double RIP_LOUDNESS::*pField, int nDigits)
-    { return report.album ? FormatDecimal((*report.album).*pField, nDigits) : UNKNOWN; };
+    { return report.GetLoudness() ? FormatDecimal((*report.GetLoudness()).*pField, nDigits) : UNKNOWN; };
     return "<dl class=\"figures\">" +
            Figure("Length", FormatSeconds(static_cast<double>(nSectors) / LY_CD_SECTORS_PER_SECOND), "min") +
            Figure("In doubt", FormatWhole(report.CountBadSectors()), "sectors") +
@@ -132,7 +132,7 @@ std::string MakeFigures(const RIP_REPORT& report)
            Figure("Loudness", loudness(&RIP_LOUDNESS::fIntegrated, 1), "LUFS") +
            Figure("True peak", loudness(&RIP_LOUDNESS::fTruePeak, 1), "dBTP") +
            Figure("Range", loudness(&RIP_LOUDNESS::fRange, 1), "LU") +
-           Figure("Dynamics", report.nAlbumDR ? "DR" + std::to_string(*report.nAlbumDR) : UNKNOWN, "") + "</dl>";
+           Figure("Dynamics", report.GetDR() ? "DR" + std::to_string(*report.GetDR()) : UNKNOWN, "") + "</dl>";
 }
 } // namespace
 

@@ -89,16 +89,24 @@ void AddDisc(TextLines& lines, const RIP_REPORT& report)
     AddContents(lines, disc.layout);
 }
 
+void AddMeasured(TextLines& lines, const std::optional<RIP_LOUDNESS>& loudness, const std::optional<int>& nDR)
+{
+    if (loudness)
+        AddLoudness(lines, *loudness);
+    if (nDR)
+        lines.Field("Dynamic range", FormatText("DR %d", *nDR));
+}
+
 void AddWhole(TextLines& lines, const RIP_REPORT& report)
 {
     lines.Title("The whole rip");
     if (report.bSecure)
         lines.Field("Re-reads", FormatText("%d", report.nReReads));
     lines.Field("CTDB sum of disc", FormatSum(report.nDiscCTDB));
-    if (report.album)
-        AddLoudness(lines, *report.album);
-    if (report.nAlbumDR)
-        lines.Field("Dynamic range", FormatText("DR %d", *report.nAlbumDR));
+    AddMeasured(lines, report.album, report.nAlbumDR);
+    if (report.selection)
+        lines.Field("Measured over", "what was ripped, not the whole album; so there is no gain of an album");
+    AddMeasured(lines, report.selection, report.nSelectionDR);
     for (const RIP_FILE& file : report.aryFiles)
         AddFile(lines, file);
 }

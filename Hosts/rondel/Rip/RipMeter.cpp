@@ -12,18 +12,24 @@ namespace
 constexpr int MAX_PIECE_FRAMES = 1 << 20; // that the analysers are given at once
 constexpr int CHANNELS = 2;
 
-RIP_LOUDNESS ReadLoudness(const CLoudnessResults& results, const CPeakLevelAnalyzer& peak)
+// All but the peaks.
+void ReadLevels(const CLoudnessResults& results, RIP_LOUDNESS& loudness)
 {
-    RIP_LOUDNESS loudness;
     loudness.fIntegrated = results.GetIntegrated();
     loudness.fMomentaryMax = results.GetMomentaryMax();
     loudness.fShortTermMax = results.GetShortTermMax();
     loudness.fRange = results.GetRange();
-    loudness.fSamplePeak = peak.GetSamplePeakDBFS();
-    loudness.fTruePeak = peak.GetTruePeakDBTP();
     double fGain = 0;
     if (results.GetReplayGain(fGain))
         loudness.fReplayGain = fGain;
+}
+
+RIP_LOUDNESS ReadLoudness(const CLoudnessResults& results, const CPeakLevelAnalyzer& peak)
+{
+    RIP_LOUDNESS loudness;
+    ReadLevels(results, loudness);
+    loudness.fSamplePeak = peak.GetSamplePeakDBFS();
+    loudness.fTruePeak = peak.GetTruePeakDBTP();
     return loudness;
 }
 
@@ -40,7 +46,7 @@ void ReadDynamicRange(const CDRAnalyzer& analyzer, RIP_ANALYSIS& analysis)
     }
 }
 
-std::vector<float> ReadLevels(const LyNumberArray<double>& aryEnergies)
+std::vector<float> ToLevels(const LyNumberArray<double>& aryEnergies)
 {
     std::vector<float> aryLevels;
     aryLevels.reserve(static_cast<size_t>(aryEnergies.GetSize()));
@@ -53,6 +59,28 @@ void AddEnergies(LyNumberArray<double>& aryEnergies, const std::vector<float>& a
 {
     for (const float fLevel : aryLevels)
         (void)aryEnergies.Add(CLoudnessResults::ToEnergy(static_cast<double>(fLevel)));
+}
+
+// A state may know a piece's figures without its series, of which those of the album are made.
+bool IsMeasured(const RIP_PIECE& piece)
+{
+    constexpr int MOMENTARY_SECTORS = LY_CD_SECTORS_PER_SECOND * 2 / 5; // BS.1770-4: blocks of 400 ms
+    return piece.analysis && (piece.nSectors < MOMENTARY_SECTORS || !piece.series.aryMomentary.empty());
+}
+
+// As lists of albums have it: the mean of the tracks' figures.
+std::optional<int> GetMeanDR(const std::vector<RIP_PIECE>& aryPieces)
+{
+    int nSum = 0;
+    int nCount = 0;
+    for (const RIP_PIECE& piece : aryPieces)
+    {
+        nSum += piece.analysis->nDR.value_or(0);
+        nCount += piece.analysis->nDR ? 1 : 0;
+    }
+    if (nCount == 0)
+        return std::nullopt;
+    return static_cast<int>(std::lround(static_cast<double>(nSum) / nCount));
 }
 } // namespace
 
@@ -117,40 +145,32 @@ void RipMeter::Finish(RIP_PIECE& piece)
         analysis.fBPMConfidence = tempo.m_fConfidence;
     }
     piece.analysis = std::move(analysis);
-    piece.series.aryMomentary = ReadLevels(results.m_Momentary);
-    piece.series.aryShortTerm = ReadLevels(results.m_ShortTerm);
+    piece.series.aryMomentary = ToLevels(results.m_Momentary);
+    piece.series.aryShortTerm = ToLevels(results.m_ShortTerm);
 }
 
 void MeasureAlbum(RIP_REPORT& report)
 {
     report.album.reset();
     report.nAlbumDR.reset();
+    report.selection.reset();
+    report.nSelectionDR.reset();
     CLoudnessResults results;
-    RIP_LOUDNESS album;
-    album.fSamplePeak = album.fTruePeak = -HUGE_VAL;
-    int nSumDR = 0;
-    int nDRs = 0;
+    RIP_LOUDNESS loudness;
+    loudness.fSamplePeak = loudness.fTruePeak = -HUGE_VAL;
+    if (report.aryPieces.empty() || !std::all_of(report.aryPieces.begin(), report.aryPieces.end(), IsMeasured))
+        return;
     for (const RIP_PIECE& piece : report.aryPieces)
     {
-        if (!piece.analysis)
-            return;
         AddEnergies(results.m_Momentary, piece.series.aryMomentary);
         AddEnergies(results.m_ShortTerm, piece.series.aryShortTerm);
-        album.fSamplePeak = std::max(album.fSamplePeak, piece.analysis->loudness.fSamplePeak);
-        album.fTruePeak = std::max(album.fTruePeak, piece.analysis->loudness.fTruePeak);
-        nSumDR += piece.analysis->nDR.value_or(0);
-        nDRs += piece.analysis->nDR ? 1 : 0;
+        loudness.fSamplePeak = std::max(loudness.fSamplePeak, piece.analysis->loudness.fSamplePeak);
+        loudness.fTruePeak = std::max(loudness.fTruePeak, piece.analysis->loudness.fTruePeak);
     }
-    if (report.aryPieces.empty())
-        return;
-    album.fIntegrated = results.GetIntegrated();
-    album.fMomentaryMax = results.GetMomentaryMax();
-    album.fShortTermMax = results.GetShortTermMax();
-    album.fRange = results.GetRange();
-    double fGain = 0;
-    if (results.GetReplayGain(fGain))
-        album.fReplayGain = fGain;
-    report.album = album;
-    if (nDRs > 0) // as lists of albums have it: the mean of the tracks' figures
-        report.nAlbumDR = static_cast<int>(std::lround(static_cast<double>(nSumDR) / nDRs));
+    ReadLevels(results, loudness);
+    const bool bAlbum = report.HasAllAudio();
+    if (!bAlbum)
+        loudness.fReplayGain.reset(); // nobody shall take it for that of the album
+    (bAlbum ? report.album : report.selection) = loudness;
+    (bAlbum ? report.nAlbumDR : report.nSelectionDR) = GetMeanDR(report.aryPieces);
 }

@@ -1,5 +1,5 @@
 // RipMeter: measures the pieces of a rip as their audio passes: loudness, peaks, dynamic range and tempo by the
-// analysers, and the picture of the wave. What the album is as a whole, the pieces' series tell afterwards.
+// analysers, and the picture of the wave. What they are together, the pieces' series tell afterwards.
 //
 // Shape:   16-bit stereo at 44,100 Hz.
 // Units:   frames; sectors for the stretches of the picture.
@@ -33,5 +33,5 @@ private:
     long long m_nPointFrames = 0; // that the point at work still takes
 };
 
-// Of all pieces together; nothing if one of them was not analysed.
+// Of all pieces together: the album, if they are all its audio, else a selection. Nothing if one was not measured.
 void MeasureAlbum(RIP_REPORT& report);

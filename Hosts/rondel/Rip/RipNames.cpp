@@ -103,6 +103,41 @@ void CheckSuffixes(const std::vector<RIP_ENCODER_FACTS>& aryEncoders)
                             "; leave one of them out, or give a command its own suffix with cmd.SUFFIX=COMMAND.");
     }
 }
+
+// The files of one piece.
+RIP_GROUP MakePieceGroup(const RIP_REPORT& report, size_t nPiece, const std::string& strName,
+                         const std::vector<RIP_ENCODER_FACTS>& aryEncoders, const RIP_NAMES& names,
+                         const RIP_NAME_WISHES& wishes)
+{
+    RIP_GROUP group{{nPiece}, {}};
+    for (const RIP_ENCODER_FACTS& encoder : aryEncoders)
+    {
+        RIP_ORDER order = MakeOrder(encoder, strName, names, wishes);
+        order.nFrames = CountFrames(report.aryPieces[nPiece]);
+        order.aryTags = GetTags(report, &report.aryPieces[nPiece]);
+        group.aryOrders.push_back(order);
+    }
+    return group;
+}
+
+// All pieces in one file, and its cue sheet.
+void AddImage(const RIP_REPORT& report, const std::vector<RIP_ENCODER_FACTS>& aryEncoders, RIP_NAMES& names,
+              const RIP_NAME_WISHES& wishes)
+{
+    RIP_GROUP image;
+    for (size_t nPiece = 0; nPiece < report.aryPieces.size(); ++nPiece)
+        image.aryPieces.push_back(nPiece);
+    for (const RIP_ENCODER_FACTS& encoder : aryEncoders)
+    {
+        RIP_ORDER order = MakeOrder(encoder, names.strBase, names, wishes);
+        for (const RIP_PIECE& piece : report.aryPieces)
+            order.nFrames += CountFrames(piece);
+        order.aryTags = GetTags(report, nullptr);
+        image.aryOrders.push_back(order);
+        names.aryCues.push_back(names.strBase + (aryEncoders.size() > 1 ? "." + encoder.strSuffix : "") + ".cue");
+    }
+    names.aryGroups.push_back(image);
+}
 } // namespace
 
 std::vector<std::string> RIP_NAMES::GetAll() const
@@ -130,34 +165,17 @@ RIP_NAMES MakeRipNames(const RIP_REPORT& report, const std::vector<RIP_ENCODER_F
                         ? NAMELESS
                         : MakeSafeName(report.disc.strTitle, NAME_MAX_BYTES - NAME_SUFFIX_BYTES);
 
-    RIP_GROUP image;
+    if (wishes.bImage)
+    {
+        AddImage(report, aryEncoders, names, wishes);
+        return names;
+    }
     for (size_t nPiece = 0; nPiece < aryNames.size(); ++nPiece)
     {
-        const RIP_PIECE& piece = report.aryPieces[nPiece];
-        const std::string strName = std::filesystem::path(aryNames[nPiece]).lexically_relative(common).string();
-        RIP_GROUP group{{nPiece}, {}};
-        for (const RIP_ENCODER_FACTS& encoder : aryEncoders)
-        {
-            RIP_ORDER order = MakeOrder(encoder, common.empty() ? aryNames[nPiece] : strName, names, wishes);
-            order.nFrames = CountFrames(piece);
-            order.aryTags = GetTags(report, &piece);
-            group.aryOrders.push_back(order);
-        }
-        image.aryPieces.push_back(nPiece);
-        if (!wishes.bImage)
-            names.aryGroups.push_back(group);
+        const std::string strName = common.empty()
+                                        ? aryNames[nPiece]
+                                        : std::filesystem::path(aryNames[nPiece]).lexically_relative(common).string();
+        names.aryGroups.push_back(MakePieceGroup(report, nPiece, strName, aryEncoders, names, wishes));
     }
-    if (!wishes.bImage)
-        return names;
-    for (const RIP_ENCODER_FACTS& encoder : aryEncoders)
-    {
-        RIP_ORDER order = MakeOrder(encoder, names.strBase, names, wishes);
-        for (const RIP_PIECE& piece : report.aryPieces)
-            order.nFrames += CountFrames(piece);
-        order.aryTags = GetTags(report, nullptr);
-        image.aryOrders.push_back(order);
-        names.aryCues.push_back(names.strBase + (aryEncoders.size() > 1 ? "." + encoder.strSuffix : "") + ".cue");
-    }
-    names.aryGroups.push_back(image);
     return names;
 }

@@ -41,3 +41,24 @@ int RIP_REPORT::CountBadSectors() const
         nBad += piece.CountBadSectors();
     return static_cast<int>(std::min<long long>(nBad, INT_MAX));
 }
+
+bool RIP_REPORT::HasAllAudio() const
+{
+    const auto isRipped = [this](const CD_LAYOUT_TRACK& track)
+    {
+        return std::any_of(aryPieces.begin(), aryPieces.end(),
+                           [&track](const RIP_PIECE& piece)
+                           {
+                               // A track of an enhanced disc has another end in the layout than in the plan.
+                               if (piece.nTrack != 0)
+                                   return piece.nTrack == track.m_nNumber;
+                               return piece.nStart <= track.m_nStart &&
+                                      static_cast<long long>(piece.nStart) + piece.nSectors >= track.m_nEnd;
+                           });
+    };
+    const std::vector<CD_LAYOUT_TRACK>& aryTracks = disc.layout.m_aryTracks;
+    return disc.layout.CountAudioTracks() > 0 &&
+           std::all_of(aryTracks.begin(), aryTracks.end(),
+                       [&](const CD_LAYOUT_TRACK& track)
+                       { return track.m_bData || track.GetSectors() < 1 || isRipped(track); });
+}

@@ -160,11 +160,13 @@ struct RIP_REPORT
     std::string strError;
     RIP_DRIVE drive;
     RIP_DISC disc;
-    std::vector<RIP_PIECE> aryPieces; // in the order of reading
-    int nReReads = 0;                 // of the whole rip
-    double fSeconds = 0;              //
-    std::optional<RIP_LOUDNESS> album;
+    std::vector<RIP_PIECE> aryPieces;  // in the order of reading
+    int nReReads = 0;                  // of the whole rip
+    double fSeconds = 0;               //
+    std::optional<RIP_LOUDNESS> album; // only if HasAllAudio: a gain for an album is that of all its tracks
     std::optional<int> nAlbumDR;
+    std::optional<RIP_LOUDNESS> selection; // of all pieces together where they are not the album; it has no gain
+    std::optional<int> nSelectionDR;
     uint32_t nDiscCTDB = 0;
     std::vector<RIP_FILE> aryFiles; // of the whole rip: an image and its cue sheet
     std::vector<RIP_VERIFICATION> aryVerifications;
@@ -173,4 +175,9 @@ struct RIP_REPORT
     std::vector<std::string> aryPartsBefore;
 
     int CountBadSectors() const;
+    // Whether each track with audio is among the pieces, or within one.
+    bool HasAllAudio() const;
+    // Of all that was ripped, be it the album or not.
+    const std::optional<RIP_LOUDNESS>& GetLoudness() const { return album ? album : selection; }
+    const std::optional<int>& GetDR() const { return album ? nAlbumDR : nSelectionDR; }
 };

@@ -9,6 +9,7 @@
 #include "RipMeter.h"
 #include "RipRunDetails.h"
 #include "RipTags.h"
+#include "Text.h"
 #include "Verification.h"
 #include <cerrno>
 #include <cstdio>

@@ -3,7 +3,6 @@
 #include "Text.h"
 #include <algorithm>
 #include <cstdio>
-#include <unistd.h>
 
 namespace
 {
@@ -39,11 +38,6 @@ std::string DescribeState(const RIP_PIECE& piece, bool bSecure)
 }
 } // namespace
 
-std::string CountOf(int nCount, const char* pWhat)
-{
-    return std::to_string(nCount) + " " + pWhat + (nCount == 1 ? "" : "s");
-}
-
 std::string GetPieceName(const RIP_PIECE& piece)
 {
     if (piece.nTrack > 0)
@@ -52,17 +46,8 @@ std::string GetPieceName(const RIP_PIECE& piece)
 }
 
 RipScreen::RipScreen(std::vector<RIP_PIECE> aryPieces, bool bSecure)
-    : m_bTerminal(isatty(STDERR_FILENO) != 0), m_aryPieces(std::move(aryPieces)), m_bSecure(bSecure)
+    : m_aryPieces(std::move(aryPieces)), m_bSecure(bSecure)
 {
-}
-
-RipScreen::~RipScreen() { TakeLineAway(); }
-
-void RipScreen::TakeLineAway()
-{
-    if (m_bShown)
-        std::fputs("\r\033[K", stderr);
-    m_bShown = false;
 }
 
 std::string RipScreen::MakeProgressText(const RIP_PROGRESS& progress, Clock::time_point now)
@@ -93,10 +78,9 @@ void RipScreen::ShowProgress(const RIP_PROGRESS& progress)
 {
     const std::lock_guard lock(m_Mutex);
     const Clock::time_point now = Clock::now();
-    if (!m_bTerminal || m_aryPieces.empty() || now - m_LastUpdate < UPDATE_TIME)
+    if (!m_Line.GetIsTerminal() || m_aryPieces.empty() || now - m_LastUpdate < UPDATE_TIME)
         return;
-    std::fprintf(stderr, "\r%s\033[K", MakeProgressText(progress, now).c_str());
-    m_bShown = true;
+    m_Line.Show(MakeProgressText(progress, now));
 }
 
 void RipScreen::ShowPiece(const RIP_PIECE& piece)
@@ -112,7 +96,7 @@ void RipScreen::ShowPiece(const RIP_PIECE& piece)
 void RipScreen::ShowLine(const std::string& strLine)
 {
     const std::lock_guard lock(m_Mutex);
-    TakeLineAway();
+    m_Line.TakeAway();
     std::printf("%s\n", strLine.c_str());
     (void)std::fflush(stdout);
 }

@@ -8,6 +8,7 @@
 
 #include "RipCopy.h"
 #include "RipReport.h"
+#include "StatusLine.h"
 #include <chrono>
 #include <mutex>
 #include <string>
@@ -17,9 +18,6 @@ class RipScreen
 {
 public:
     RipScreen(std::vector<RIP_PIECE> aryPieces, bool bSecure); // that are to be read
-    ~RipScreen();                                              // takes the line away
-    RipScreen(const RipScreen&) = delete;
-    RipScreen& operator=(const RipScreen&) = delete;
 
     void ShowProgress(const RIP_PROGRESS& progress);
     void ShowPiece(const RIP_PIECE& piece); // finished
@@ -28,14 +26,12 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
 
-    void TakeLineAway();
     std::string MakeProgressText(const RIP_PROGRESS& progress, Clock::time_point now);
 
-    const bool m_bTerminal;
     const std::vector<RIP_PIECE> m_aryPieces;
     const bool m_bSecure;
     std::mutex m_Mutex; // over all below, and both streams
-    bool m_bShown = false;
+    StatusLine m_Line;
     Clock::time_point m_Start = Clock::now();
     Clock::time_point m_LastUpdate = m_Start;
     int m_nLastDone = 0;
@@ -44,5 +40,3 @@ private:
 
 // "Track 5"; the title of what is no track: "Hidden audio", "Sectors 0 to 749".
 std::string GetPieceName(const RIP_PIECE& piece);
-// "1 track", "12 tracks".
-std::string CountOf(int nCount, const char* pWhat);

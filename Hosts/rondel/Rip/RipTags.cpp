@@ -140,7 +140,7 @@ private:
     {
         const TAG_EDIT edit = MakeTagEdit(fields, strPicture);
         if (!edit.IsEmpty())
-            TagFile(strPath).Save([&edit](CID3v2Tag& tag) { ApplyTagEdit(tag, edit); });
+            TagFile(strPath).Save([&edit](CID3v2Tag& tag) { ApplyTagEdit(tag, edit); }, TAG_SWAP_AT_ONCE);
     }
 
     RIP_REPORT& m_Report;

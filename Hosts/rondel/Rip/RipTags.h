@@ -1,5 +1,6 @@
 // The last that is done to the files of a rip: WAV files get their tags, and all files the replay gain, which is not
-// known while they are written: a track's when its audio has passed, an album's when the last track has.
+// known while they are written: a track's when its audio has passed, an album's when the last track has. A rip of some
+// tracks only does not know the album's, and gives none.
 //
 // Saving:  a WAV file that has no tag yet gets one behind its audio, in place: at each moment it is a whole WAV file
 //          with all its audio. Any other file is copied, changed and swapped in. What a command has made
