@@ -71,31 +71,37 @@ const TAG_NAMES* FindNames(std::string_view strTagName)
             return &names;
     return nullptr;
 }
+
+std::string MakeKey(std::string_view strTagName)
+{
+    const TAG_NAMES* pNames = FindNames(strTagName);
+    return pNames != nullptr ? pNames->pVorbis : Fold(strTagName);
+}
 } // namespace
 
 void EncoderTags::Set(std::string_view strName, std::string_view strValue)
 {
-    const std::string strFolded = Fold(strName);
-    if (strFolded.empty())
+    const std::string strKey = MakeKey(strName);
+    if (strKey.empty())
         return;
-    auto it = std::find_if(m_aryTags.begin(), m_aryTags.end(),
-                           [&](const ENCODER_TAG& tag) { return Fold(tag.strName) == strFolded; });
+    auto it =
+        std::find_if(m_aryTags.begin(), m_aryTags.end(), [&](const ENCODER_TAG& tag) { return tag.strKey == strKey; });
     if (strValue.empty())
     {
         if (it != m_aryTags.end())
             m_aryTags.erase(it);
     }
     else if (it != m_aryTags.end())
-        it->strValue = strValue;
+        *it = {std::string(strName), std::string(strValue), strKey};
     else
-        m_aryTags.push_back({std::string(strName), std::string(strValue)});
+        m_aryTags.push_back({std::string(strName), std::string(strValue), strKey});
 }
 
 const std::string* EncoderTags::Find(std::string_view strName) const
 {
-    const std::string strFolded = Fold(strName);
+    const std::string strKey = MakeKey(strName);
     for (const ENCODER_TAG& tag : m_aryTags)
-        if (Fold(tag.strName) == strFolded)
+        if (tag.strKey == strKey)
             return &tag.strValue;
     return nullptr;
 }

@@ -13,13 +13,15 @@ struct ENCODER_TAG
 {
     std::string strName; // as it was given
     std::string strValue;
+    std::string strKey; // by which it is found: "Year" and "Date" are one tag
 };
 
 class EncoderTags
 {
 public:
-    void Set(std::string_view strName, std::string_view strValue); // an empty value removes the tag
-    const std::string* Find(std::string_view strName) const;       // null if it is not there
+    // An empty value removes the tag. One that is there under another name of its own, in capitals or not, is replaced.
+    void Set(std::string_view strName, std::string_view strValue);
+    const std::string* Find(std::string_view strName) const; // null if it is not there
     const std::vector<ENCODER_TAG>& GetAll() const { return m_aryTags; }
 
 private:

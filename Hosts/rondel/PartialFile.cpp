@@ -153,7 +153,9 @@ void RequireWritable(const std::string& strPath, const std::string& strName)
 {
     constexpr mode_t ANY_WRITE = S_IWUSR | S_IWGRP | S_IWOTH;
     struct stat status = {};
-    if (stat(strPath.c_str(), &status) != 0 || (status.st_mode & ANY_WRITE) == 0 || access(strPath.c_str(), W_OK) != 0)
+    if (stat(strPath.c_str(), &status) != 0)
+        return; // whoever opens it tells why it cannot be, or knows it under another form of its name
+    if ((status.st_mode & ANY_WRITE) == 0 || access(strPath.c_str(), W_OK) != 0)
         throw HostError(strName + " is read-only; allow writing to it with chmod first.");
 }
 

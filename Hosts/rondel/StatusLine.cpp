@@ -1,5 +1,7 @@
 #include "StatusLine.h"
+#include <algorithm>
 #include <cstdio>
+#include <string_view>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -17,6 +19,22 @@ int GetColumns()
 }
 
 bool IsContinuation(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
+
+// RFC 3629: the bytes of a character that begins so.
+size_t GetLength(unsigned char nLead)
+{
+    if (nLead < 0xC0)
+        return 1;
+    return nLead < 0xE0 ? 2 : nLead < 0xF0 ? 3 : 4;
+}
+
+// C0 and C1 of ISO 6429, in UTF-8 or as a byte of its own: U+009B begins a sequence as ESC [ does.
+bool IsControl(std::string_view character)
+{
+    const auto nLead = static_cast<unsigned char>(character[0]);
+    const bool bC1 = nLead == 0xC2 && character.size() > 1 && static_cast<unsigned char>(character[1]) < 0xA0;
+    return nLead < ' ' || nLead == 0x7F || bC1 || IsContinuation(character[0]);
+}
 } // namespace
 
 std::string FitColumns(const std::string& strText, int nColumns)
@@ -29,12 +47,11 @@ std::string FitColumns(const std::string& strText, int nColumns)
         if (nColumns < 0)
             break;
         const size_t nStart = n++;
-        while (n < strText.size() && IsContinuation(strText[n]))
+        const size_t nEnd = std::min(strText.size(), nStart + GetLength(nLead));
+        while (n < nEnd && IsContinuation(strText[n]))
             ++n;
-        if (nLead < ' ' || nLead == 0x7F)
-            strFit += '?';
-        else
-            strFit.append(strText, nStart, n - nStart);
+        const std::string_view character = std::string_view(strText).substr(nStart, n - nStart);
+        strFit.append(IsControl(character) ? "?" : character);
     }
     return strFit;
 }

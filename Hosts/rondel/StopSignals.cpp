@@ -12,7 +12,8 @@ constexpr long long SAME_WISH_MS = 500; // a program that ends another tells it,
 
 // A handler may touch them.
 std::atomic<bool> s_bStopWanted{false};
-std::atomic<long long> s_nFirstMs{0};
+constexpr long long NONE_YET = -1;
+std::atomic<long long> s_nFirstMs{NONE_YET};
 static_assert(std::atomic<bool>::is_always_lock_free && std::atomic<long long>::is_always_lock_free);
 struct sigaction s_aryBefore[SIGNALS];
 
@@ -31,10 +32,11 @@ long long GetMilliseconds()
 
 void OnSignal(int nSignal)
 {
+    s_bStopWanted = true;
     const long long nNow = GetMilliseconds();
-    if (!s_bStopWanted.exchange(true))
-        s_nFirstMs = nNow;
-    if (nNow - s_nFirstMs < SAME_WISH_MS)
+    long long nFirst = NONE_YET;
+    // In one step: another signal may come between any two.
+    if (s_nFirstMs.compare_exchange_strong(nFirst, nNow) || nNow - nFirst < SAME_WISH_MS)
         return;
     RestoreAll();
     (void)std::raise(nSignal); // comes as soon as this handler is left
@@ -44,6 +46,7 @@ void OnSignal(int nSignal)
 StopSignals::StopSignals()
 {
     s_bStopWanted = false;
+    s_nFirstMs = NONE_YET;
     (void)std::signal(SIGXFSZ, SIG_IGN);
     (void)std::signal(SIGPIPE, SIG_IGN);
     for (int i = 0; i < SIGNALS; ++i)

@@ -6,6 +6,8 @@
 #include <climits>
 #include <filesystem>
 #include <iterator>
+#include <string_view>
+#include <strings.h>
 
 namespace
 {
@@ -91,6 +93,32 @@ void GiveTag(RipEncoder& encoder, const std::string& strTag, const std::string& 
 // Of other samples than the new file has: "iTunSMPB" is the gap ahead of them, "iTunNORM" their levels.
 bool IsOfSamples(const std::string& strName) { return strName.starts_with("iTun"); }
 
+// RFC 7845, 5.2.1, does not want any of these in Opus.
+bool IsReplayGain(const std::string& strName)
+{
+    constexpr std::string_view GAIN = "replaygain_";
+    return strncasecmp(strName.c_str(), GAIN.data(), GAIN.size()) == 0;
+}
+
+// What a tag has beyond the fields that everybody knows. However much that is, the new file has room for it.
+void GiveOwnTexts(CID3v2Tag& tag, RipEncoder& encoder)
+{
+    constexpr int MOST_TEXTS = 1000;
+    constexpr size_t MOST_BYTES = 4 * 1024 * 1024; // FLAC has 24 bits for the length of all
+    int nTexts = 0;
+    size_t nBytes = 0;
+    for (const auto& [strName, strValue] : CollectTagFields(tag))
+    {
+        if (IsTableField(strName) || IsOfSamples(strName) || (encoder.GetName() == "opus" && IsReplayGain(strName)))
+            continue;
+        if (nTexts == MOST_TEXTS || strName.size() + strValue.size() > MOST_BYTES - nBytes)
+            continue;
+        ++nTexts;
+        nBytes += strName.size() + strValue.size();
+        GiveTag(encoder, strName, strValue);
+    }
+}
+
 void GiveMoreTags(CID3v2Tag& tag, RipEncoder& encoder)
 {
     const auto give = [&](const TAG_ROW& row)
@@ -98,14 +126,13 @@ void GiveMoreTags(CID3v2Tag& tag, RipEncoder& encoder)
     std::for_each(std::begin(s_aryMore), std::end(s_aryMore), give);
     if (encoder.GetName() != "opus")
         std::for_each(std::begin(s_aryGains), std::end(s_aryGains), give);
-    for (const auto& [strName, strValue] : CollectTagFields(tag))
-        if (!IsTableField(strName) && !IsOfSamples(strName))
-            GiveTag(encoder, strName, strValue);
 }
 } // namespace
 
 WavEncodingTags::WavEncodingTags(CWAVInfo& info, RipEncoder& encoder)
 {
+    // First, since they may have names of fields, which replace them then.
+    GiveOwnTexts(info.m_ID3v2Tag, encoder);
     for (const TAG_ROW& row : s_aryTags)
         GiveTag(encoder, row.pTag, GetField(info, row.pField));
     for (const TAG_ROW& row : s_aryNumbers)

@@ -17,7 +17,7 @@ struct SpareEnd
 {
     ~SpareEnd() { Free(s_pSpare.exchange(nullptr)); }
 };
-const SpareEnd s_SpareEnd; // when the library goes
+const SpareEnd s_SpareEnd; // when the library goes, but for a block that is let go later
 } // namespace
 
 void ID3V2_BLOCK_RELEASE::operator()(ID3V2_BLOCK* pBlock) const

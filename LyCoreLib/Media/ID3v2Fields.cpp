@@ -2,6 +2,7 @@
 
 #include "ID3v2FieldsDetails.h"
 #include "ID3v2FieldTable.h"
+#include "ID3v2Properties.h"
 #include "MP3Tag.h"
 #include <cstring>
 #include <memory>
@@ -53,6 +54,7 @@ const std::vector<CID3v2Field>& GetTableRows()
 
 void CID3v2Tag::AddTableFields()
 {
+    ID3v2Properties::MakeSharedKeys();
     const std::vector<CID3v2Field>& aryRows = GetTableRows();
     const int nRows = static_cast<int>(aryRows.size());
     // At once what all of them take, and no more: where a kilobyte is asked for, the C library first puts all small

@@ -2,17 +2,26 @@
 #include "LyBuffer.h"
 #include "MP3Tag.h"
 #include <algorithm>
+#include <array>
 #include <utility>
 
 namespace
 {
-// The key of that name if it is one of those that decoding sets, or null.
+using KEYS = std::array<LyString, 6>;
+
+// Those that decoding sets.
+const KEYS& GetSharedKeys()
+{
+    static const KEYS s_aryKeys = {CID3v2Property::VALUE,       CID3v2Property::TEXT_ENCODING,
+                                   CID3v2Property::DESCRIPTION, CID3v2Property::LANGUAGE_ID,
+                                   CID3v2Property::MIME_TYPE,   CID3v2Property::PICTURE_TYPE};
+    return s_aryKeys;
+}
+
+// The key of that name if it is one of those, or null.
 const LyString* FindSharedKey(const wchar_t* pName)
 {
-    static const LyString s_aryKeys[] = {CID3v2Property::VALUE,       CID3v2Property::TEXT_ENCODING,
-                                         CID3v2Property::DESCRIPTION, CID3v2Property::LANGUAGE_ID,
-                                         CID3v2Property::MIME_TYPE,   CID3v2Property::PICTURE_TYPE};
-    for (const LyString& strKey : s_aryKeys)
+    for (const LyString& strKey : GetSharedKeys())
     {
         if (LyHash::AreTextsEqual(strKey, pName, true))
             return &strKey;
@@ -20,6 +29,8 @@ const LyString* FindSharedKey(const wchar_t* pName)
     return nullptr;
 }
 } // namespace
+
+void ID3v2Properties::MakeSharedKeys() { (void)GetSharedKeys(); }
 
 void ID3v2Properties::Set(const wchar_t* pName, const LyString& strValue)
 {

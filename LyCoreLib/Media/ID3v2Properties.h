@@ -18,6 +18,9 @@ class LyBuffer;
 class ID3v2Properties : public LyPropertyMap::PROPERTIES
 {
 public:
+    // Done by each new tag: one in static storage, which may decode in its destructor, so ends ahead of the keys.
+    static void MakeSharedKeys();
+
     void Set(const wchar_t* pName, const LyString& strValue);
     void Set(const wchar_t* pName, int nValue);
     void SetBinaryValue(const unsigned char* p, int nBytes); // CID3v2Property::VALUE; below 1 byte it is empty

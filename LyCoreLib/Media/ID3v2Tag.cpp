@@ -38,8 +38,13 @@ bool CID3v2Tag::Empty()
 
 bool CID3v2Tag::Load(const LyBuffer& buffer, long long nPosition)
 {
-    // First of all, since what is given may be the body of a frame. Who has read the tag into m_RawTag saves a copy.
-    m_RawTag = buffer;
+    // The copy comes ahead of the frames' end, since what is given may be the body of one. Who has read the tag into
+    // m_RawTag saves it.
+    if (&buffer != &m_RawTag)
+    {
+        m_RawTag.Empty(true); // the tag before may have been much larger
+        m_RawTag = buffer;
+    }
     EmptyAllButRawTag();
     m_nFilePosition = nPosition;
     int nPos = 0;

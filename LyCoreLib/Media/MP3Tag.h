@@ -161,7 +161,7 @@ private:
     int m_nOrderRow = -1; // the index of its row, as long as the tag sorts
 };
 
-// A row of the field table. Those that every tag has are shared by all tags: a row does not change once a tag has it.
+// A row of the field table, which is its tag's own.
 class CID3v2Field
 {
 public:

@@ -127,6 +127,24 @@ TEST(EncoderTags, AreNamedAsTheFormatsNameThem)
     EXPECT_EQ(nullptr, EncoderID3Frame("My Name"));
 }
 
+TEST(EncoderTags, NamesOfOneTagReplaceEachOther)
+{
+    EncoderTags tags;
+    tags.Set("YEAR", "1999");
+    tags.Set("Own", "1");
+    tags.Set("Organization", "another's");
+    tags.Set("Date", "2020-05-30");
+    tags.Set("o w n", "2");
+    tags.Set("Publisher", "P");
+    ASSERT_EQ(3U, tags.GetAll().size());
+    EXPECT_EQ("Date", tags.GetAll()[0].strName);
+    EXPECT_EQ("2020-05-30", *tags.Find("Year"));
+    EXPECT_EQ("2", *tags.Find("OWN"));
+    EXPECT_EQ("Publisher", tags.GetAll()[2].strName); // which has a frame in ID3v2
+    tags.Set("year", "");
+    EXPECT_EQ(nullptr, tags.Find("Date"));
+}
+
 TEST(EncoderPicture, TellsSizeAndKind)
 {
     ENCODER_PICTURE picture;

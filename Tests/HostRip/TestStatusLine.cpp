@@ -62,7 +62,12 @@ TEST(FitColumns, IsTheStartThatFits)
         {"\xE6\x97\xA5\xE6\x9C\xAC", 3, "\xE6\x97\xA5"}, // ideographs of two
         {"a\xF0\x9F\x8E\xB5z", 2, "a"},                  // an emoji of two
         {"a\nb\tc\x1B[2J\x7F", 20, "a?b?c?[2J?"},        // what would steer
-        {"\x80\x80z\xFF", 20, "\x80\x80z\xFF"},          // no UTF-8
+        {"a\xC2\x9B"
+         "2Jb\x9B"
+         "2J",
+         20, "a?2Jb?2J"},                             // what would steer in one character
+        {"\xC2\xA0\xC3\x9B", 20, "\xC2\xA0\xC3\x9B"}, // what would not
+        {"\x80\x80z\xFF", 20, "??z\xFF"},             // no UTF-8
     };
     for (const auto& row : aryCases)
         EXPECT_EQ(row.pFit, FitColumns(row.pText, row.nColumns)) << row.pText;

@@ -128,6 +128,22 @@ TEST_F(RondelEncode, AllTagsGoAlong)
         EXPECT_EQ(std::string::npos, str.find("SMPB")) << str;
 }
 
+TEST_F(RondelEncode, ATagOfMoreTextsThanThereIsRoomForIsCutNotRefused)
+{
+    std::string strFields = "{";
+    for (int n = 0; n < 1200; ++n)
+        strFields += "\"Own " + std::to_string(n) + "\":\"" + std::string(n == 0 ? 5'000'000 : 10, 'x') + "\",";
+    strFields.back() = '}';
+    (void)m_Folder.Write("fields.json", strFields);
+    (void)m_Folder.Write("a.wav", MakeWav(MakeAudio(4000)));
+    ASSERT_EQ(0, Here("\"$RONDEL\" tags set a.wav --from-json fields.json").m_nExit);
+    ASSERT_EQ(0, Here("\"$RONDEL\" encode a.wav --encoder flac").m_nExit);
+    const std::string strTags = Here("metaflac --list --block-type=VORBIS_COMMENT a.flac").m_strOutput;
+    EXPECT_NE(std::string::npos, strTags.find("comments: 1000\n")) << strTags.substr(0, 300);
+    EXPECT_NE(std::string::npos, strTags.find("OWN 1=x"));
+    EXPECT_EQ(std::string::npos, strTags.find("OWN 0=x"));
+}
+
 TEST_F(RondelEncode, SeveralFilesGoToAFolder)
 {
     std::filesystem::create_directory(m_Folder.Get("out"));

@@ -89,6 +89,30 @@ TEST_F(RondelEncodeMore, TagsGoWithTheAudio)
     EXPECT_EQ("", Here("metaflac --export-tags-to=- bare.flac").m_strOutput);
 }
 
+TEST_F(RondelEncodeMore, OwnTextsWithNamesOfFieldsGiveWay)
+{
+    const std::string strTag = MakeTag({{"TXXX", std::string("TITLE\0junk", 10)},
+                                        {"TIT2", "T"},
+                                        {"TYER", "2020"},
+                                        {"TXXX", std::string("YEAR\0001999", 9)},
+                                        {"TXXX", std::string("replaygain_x\0y", 14)}});
+    (void)m_Folder.Write(
+        "a.wav", MakeRiff(MakeFormatChunk({}) + MakeChunk("data", MakeAudio(4000)) + MakeChunk("id3 ", strTag)));
+    for (const char* pEncoder : {"flac", "mp3", "opus"})
+    {
+        EXPECT_EQ("", Here("\"$RONDEL\" encode a.wav --encoder " + std::string(pEncoder)).m_strErrors);
+        const std::string strTags =
+            Here("ffprobe -v error -show_entries format_tags:stream_tags -of default=nw=1 a." + std::string(pEncoder))
+                .m_strOutput;
+        for (const char* pJunk : {"junk", "1999"})
+            EXPECT_EQ(std::string::npos, strTags.find(pJunk)) << strTags;
+        for (const char* pValue : {"=T\n", "=2020"})
+            EXPECT_NE(std::string::npos, strTags.find(pValue)) << strTags;
+        const bool bGain = strTags.find("=y\n") != std::string::npos;
+        EXPECT_EQ(pEncoder != std::string("opus"), bGain) << strTags;
+    }
+}
+
 TEST_F(RondelEncodeMore, AnInfoListGoesWithTheAudio)
 {
     ASSERT_EQ(0, Here("ffmpeg -v error -nostdin -f lavfi -i sine=d=1 -metadata title='Das L\xC3\xA4uten' -metadata "

@@ -223,6 +223,14 @@ TEST_F(RondelInspect, TheRootSizeIsMendedAndNothingElse)
     EXPECT_TRUE(SameBytes(strGood, ReadWholeFile(Get("a.wav"))));
 }
 
+TEST_F(RondelInspect, AFileIsMendedByItsURL)
+{
+    const std::string strGood = MakeWav(MakeAudio(400));
+    (void)m_Folder.Write("a.wav", WithRootSize(strGood, 77));
+    EXPECT_EQ(0, HostProcess::Run({"inspect", "--repair", "file://" + Get("a.wav")}).m_nExit);
+    EXPECT_TRUE(SameBytes(strGood, ReadWholeFile(Get("a.wav"))));
+}
+
 TEST_F(RondelInspect, AReadOnlyFileIsNotMended)
 {
     const std::string strBad = WithRootSize(MakeWav(MakeAudio(400)), 77);
