@@ -65,6 +65,21 @@ inline CLoudnessResults Measure(const std::vector<double>& arySamples, const CAu
     return CLoudnessResults(analyzer);
 }
 
+// libebur128 takes a short-term value for the range once a second and not ten times.
+inline void AddEachSecond(CLoudnessResults& thinned, const CLoudnessResults& results)
+{
+    constexpr int LIBRARY_STEP = 10;
+    for (int i = 0; i < results.m_ShortTerm.GetSize(); i += LIBRARY_STEP)
+        thinned.m_ShortTerm.Add(results.m_ShortTerm[i]);
+}
+
+inline double GetRangeOfEachSecond(const CLoudnessResults& results)
+{
+    CLoudnessResults thinned;
+    AddEachSecond(thinned, results);
+    return thinned.GetRange();
+}
+
 inline CLoudnessResults MeasureTones(const std::vector<STRETCH>& aryStretches, int nRate = 48000, int nChannels = 2)
 {
     return Measure(MakeTones(aryStretches, nRate, nChannels), MakeFormat(nRate, nChannels));

@@ -20,7 +20,6 @@ namespace
 constexpr double LEVEL_TOLERANCE_LU = 0.05;
 constexpr double RANGE_TOLERANCE_LU = 0.2;
 constexpr double SAME_VALUES_LU = 0.05; // a tenth of a second is rounded differently at 11,025 Hz
-constexpr int LIBRARY_STEP = 10;
 
 struct LEVELS
 {
@@ -54,20 +53,6 @@ LEVELS AskLibrary(const std::vector<double>& arySamples, int nRate, int nChannel
     ebur128_loudness_global(state.get(), &levels.fIntegrated);
     ebur128_loudness_range(state.get(), &levels.fRange);
     return levels;
-}
-
-// The library takes a short-term value for the range once a second and not ten times.
-void AddEachSecond(CLoudnessResults& thinned, const CLoudnessResults& results)
-{
-    for (int i = 0; i < results.m_ShortTerm.GetSize(); i += LIBRARY_STEP)
-        thinned.m_ShortTerm.Add(results.m_ShortTerm[i]);
-}
-
-double GetRangeOfEachSecond(const CLoudnessResults& results)
-{
-    CLoudnessResults thinned;
-    AddEachSecond(thinned, results);
-    return thinned.GetRange();
 }
 
 void ExpectLibraryAgrees(const std::vector<double>& arySamples, int nRate, int nChannels, const std::string& strName)
