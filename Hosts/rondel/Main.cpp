@@ -36,7 +36,7 @@ std::string DescribeFault(const CLI::Error& error)
     if (nColon == std::string::npos)
         return strFault;
     const std::string strName = strFault.substr(0, nColon);
-    const std::string strRest = strFault.substr(nColon + 2);
+    std::string strRest = strFault.substr(nColon + 2);
     if (strRest.starts_with(strName + " ")) // a check that names its option by itself
         return strRest;
     if (strFault.compare(nColon, ONCE.size(), ONCE) == 0)

@@ -84,7 +84,7 @@ std::string MakeValue(const OPTIONS_OPTIONS& options)
     if (!IsImageOfLetter(options) || strValue.empty() || bLetter || strValue.starts_with("file:"))
         return strValue;
     std::error_code error;
-    const std::string strPath = std::filesystem::absolute(strValue, error).string();
+    std::string strPath = std::filesystem::absolute(strValue, error).string();
     if (error)
         throw HostError(strValue + " cannot be found from here (" + error.message() +
                         "); name it with its whole path.");
