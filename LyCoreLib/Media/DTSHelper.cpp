@@ -25,6 +25,23 @@ bool BeginsWith(const unsigned char* p, unsigned char c0, unsigned char c1, unsi
     return p[0] == c0 && p[1] == c1 && p[2] == c2 && p[3] == c3;
 }
 
+using BYTES [[gnu::vector_size(16)]] = unsigned char;
+using BYTES_IN_MEMORY [[gnu::vector_size(16), gnu::aligned(1), gnu::may_alias]] = unsigned char;
+using HALVES [[gnu::vector_size(16)]] = unsigned long long;
+constexpr int VECTOR_BYTES = sizeof(BYTES);
+
+// Whether the first two bytes of any form stand at one of the VECTOR_BYTES places from p on; a byte more than these can
+// be read. In music they hardly ever do, and a look at each byte would take longer than all else that opens a file.
+bool MayHoldSync(const unsigned char* p)
+{
+    const BYTES first = *reinterpret_cast<const BYTES_IN_MEMORY*>(p);
+    const BYTES second = *reinterpret_cast<const BYTES_IN_MEMORY*>(p + 1);
+    const auto IsPair = [&](unsigned char c1, unsigned char c2)
+    { return reinterpret_cast<HALVES>((first == c1) & (second == c2)); };
+    const HALVES found = IsPair(0xFF, 0x1F) | IsPair(0x1F, 0xFF) | IsPair(0xFE, 0x7F) | IsPair(0x7F, 0xFE);
+    return (found[0] | found[1]) != 0;
+}
+
 // The form of the sync word that stands at p, of which LONGEST_SYNC_BYTES can be read. The first byte alone tells which
 // form it could be, and in music it is mostly none of them.
 DTS_STREAM_TYPE GetSyncForm(const unsigned char* p)
@@ -76,6 +93,8 @@ bool DTSHelper::SearchForFirstDTSFrame(const LyBuffer& buffer)
     const int nLast = buffer.GetSize() - LONGEST_SYNC_BYTES;
     for (int nOffset = 0; nOffset <= nLast; ++nOffset)
     {
+        while (nOffset + VECTOR_BYTES <= nLast && !MayHoldSync(p + nOffset))
+            nOffset += VECTOR_BYTES;
         const DTS_STREAM_TYPE eType = GetSyncForm(p + nOffset);
         if (eType == DTS_STREAM_NONE)
             continue;

@@ -1,6 +1,7 @@
 #include "DTSHelper.h"
 #include "Media/DTSStreams.h"
 #include <gtest/gtest.h>
+#include <random>
 
 using namespace std::string_literals;
 
@@ -86,6 +87,40 @@ TEST(DTSSearch, FindsTheFirstOfTheFourForms)
 }
 
 // ---- Frame headers
+
+// Bytes of which the sync words are made, so that they and their beginnings come often, at every place.
+TEST(DTSSearch, FindsWhatALookAtEachByteFinds)
+{
+    constexpr unsigned char ALPHABETS[][6] = {{0xFF, 0x1F, 0x00, 0xE8, 0xF1, 0x07},
+                                              {0x1F, 0xFF, 0xE8, 0x00, 0x07, 0xF0},
+                                              {0xFE, 0x7F, 0x01, 0x80, 0x7F, 0xFE},
+                                              {0x7F, 0xFE, 0x80, 0x01, 0x55, 0xFF}};
+    const auto isSync = [](const unsigned char* p)
+    {
+        const unsigned int n = static_cast<unsigned int>(p[0]) << 24 | p[1] << 16 | p[2] << 8 | p[3];
+        return n == 0xFE7F0180 || n == 0x7FFE8001 || (n == 0xFF1F00E8 && (p[4] & 0xFE) == 0xF0 && p[5] == 0x07) ||
+               (n == 0x1FFFE800 && p[4] == 0x07 && (p[5] & 0xFE) == 0xF0);
+    };
+    std::minstd_rand random(1);
+    int nFound = 0;
+    for (int nRound = 0; nRound < 20000; ++nRound)
+    {
+        std::string strBytes(random() % 120, '\x33');
+        for (size_t n = random() % 40; n < strBytes.size(); n += 1 + random() % (nRound % 9 + 1))
+            strBytes[n] = static_cast<char>(ALPHABETS[nRound % 4][random() % 6]);
+        const std::string strSync = std::string(reinterpret_cast<const char*>(ALPHABETS[nRound % 4]), 6);
+        if (nRound % 3 == 0 && strBytes.size() >= 6)
+            strBytes.replace(random() % (strBytes.size() - 5), 6, strSync);
+        int nExpected = -1;
+        for (int n = 0; nExpected < 0 && n + 6 <= static_cast<int>(strBytes.size()); ++n)
+            nExpected = isSync(reinterpret_cast<const unsigned char*>(strBytes.data()) + n) ? n : -1;
+        DTSHelper helper;
+        EXPECT_EQ(nExpected >= 0, helper.SearchForFirstDTSFrame(ToBuffer(strBytes)));
+        ASSERT_EQ(nExpected, helper.m_nFirstFrameOffset) << "round " << nRound;
+        nFound += nExpected >= 0 ? 1 : 0;
+    }
+    EXPECT_GT(nFound, 3000);
+}
 
 TEST(DTSFrameHeader, FieldsAreReadFromTheirBits)
 {
