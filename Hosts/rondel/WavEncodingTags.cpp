@@ -121,8 +121,13 @@ void GiveOwnTexts(CID3v2Tag& tag, RipEncoder& encoder)
 
 void GiveMoreTags(CID3v2Tag& tag, RipEncoder& encoder)
 {
+    constexpr size_t MOST_BYTES = 256 * 1024; // lyrics take some thousands; all of these leave room for own texts
     const auto give = [&](const TAG_ROW& row)
-    { GiveTag(encoder, row.pTag, GetTagField(tag, Narrow(LyString(row.pField)))); };
+    {
+        const std::string strValue = GetTagField(tag, Narrow(LyString(row.pField)));
+        if (strValue.size() <= MOST_BYTES)
+            GiveTag(encoder, row.pTag, strValue);
+    };
     std::for_each(std::begin(s_aryMore), std::end(s_aryMore), give);
     if (encoder.GetName() != "opus")
         std::for_each(std::begin(s_aryGains), std::end(s_aryGains), give);

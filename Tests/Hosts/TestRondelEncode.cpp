@@ -130,7 +130,7 @@ TEST_F(RondelEncode, AllTagsGoAlong)
 
 TEST_F(RondelEncode, ATagOfMoreTextsThanThereIsRoomForIsCutNotRefused)
 {
-    std::string strFields = "{";
+    std::string strFields = "{\"Lyrics\":\"" + std::string(17'000'000, 'y') + "\",";
     for (int n = 0; n < 1200; ++n)
         strFields += "\"Own " + std::to_string(n) + "\":\"" + std::string(n == 0 ? 5'000'000 : 10, 'x') + "\",";
     strFields.back() = '}';
@@ -142,6 +142,7 @@ TEST_F(RondelEncode, ATagOfMoreTextsThanThereIsRoomForIsCutNotRefused)
     EXPECT_NE(std::string::npos, strTags.find("comments: 1000\n")) << strTags.substr(0, 300);
     EXPECT_NE(std::string::npos, strTags.find("OWN 1=x"));
     EXPECT_EQ(std::string::npos, strTags.find("OWN 0=x"));
+    EXPECT_EQ(std::string::npos, strTags.find("LYRICS=y"));
 }
 
 TEST_F(RondelEncode, SeveralFilesGoToAFolder)
