@@ -2,6 +2,7 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -32,8 +33,12 @@ public:
     Terminal(const Terminal&) = delete;
     Terminal& operator=(const Terminal&) = delete;
 
-    std::string Read() const
+    std::string Read() const // empty if nothing comes
     {
+        constexpr int PATIENCE_MS = 10000;
+        pollfd wait = {m_nMaster, POLLIN, 0};
+        if (poll(&wait, 1, PATIENCE_MS) < 1)
+            return {};
         char aryText[1024];
         const ssize_t nBytes = read(m_nMaster, aryText, sizeof aryText);
         return std::string(aryText, nBytes > 0 ? static_cast<size_t>(nBytes) : 0);

@@ -9,6 +9,7 @@
 #include "LoudnessSignals.h"
 #include "PeakLevelAnalyzer.h"
 #include "TempFolder.h"
+#include "TempoJudge.h"
 #include "TempoResults.h"
 #include <algorithm>
 #include <cmath>
@@ -166,19 +167,6 @@ int CountDTS(const RECORDING& recording)
     return nFinds;
 }
 
-double AskTempo(const RECORDING& recording)
-{
-    const std::string strCommand = "ffmpeg -v error -nostdin -f s16le -ac 2 -ar " + std::to_string(RATE) + " -i '" +
-                                   recording.strRaw + "' -ac 1 -f f32le - | bpm -m 60 -x 180 2> /dev/null";
-    FILE* pAnswer = popen(strCommand.c_str(), "r");
-    if (pAnswer == nullptr)
-        return 0;
-    char szLine[64] = {};
-    const bool bAnswered = std::fgets(szLine, sizeof szLine, pAnswer) != nullptr;
-    pclose(pAnswer);
-    return bAnswered ? std::strtod(szLine, nullptr) : 0;
-}
-
 // As the judge hears it, up to an octave.
 bool IsTempo(const RECORDING& recording, double fJudged)
 {
@@ -219,7 +207,7 @@ TEST(Recordings, AreNoStreamAndReadAsOutsideJudgesReadThem)
         nPeaksFar += JudgeFigures(recording) > PEAK_TOLERANCE_DB ? 1 : 0;
         ++nRecordings;
         fSeconds += recording.GetSeconds();
-        const double fJudged = AskTempo(recording);
+        const double fJudged = AskTempoJudge(recording.arySamples, CHANNELS);
         nTempos += fJudged > 0 && IsTempo(recording, fJudged) ? 1 : 0;
     }
     EXPECT_GT(nRecordings, 0) << "nothing in " << strFrom << " is audio";

@@ -3,6 +3,7 @@
 
 #include "BeatsPerMinuteAnalyzer.h"
 #include "TempFolder.h"
+#include "TempoJudge.h"
 #include "TempoPieces.h"
 #include "TempoResults.h"
 #include <algorithm>
@@ -67,31 +68,6 @@ void ExpectTempo(const CTempoResults& results, double fBPM, const std::string& s
     EXPECT_TRUE(IsNear(results.m_fBPM, fBPM) || (bOctave && IsNear(results.m_fOctaveBPM, fBPM)))
         << strName << ": " << fBPM << " read as " << results.m_fBPM << " or " << results.m_fOctaveBPM;
     EXPECT_GT(results.m_fConfidence, SURE) << strName;
-}
-
-bool HaveJudge() { return std::system("command -v bpm > /dev/null 2>&1") == 0; }
-
-// What `bpm` says between 60 and 180, which hears raw floats of one channel; 0 if nothing.
-double AskJudge(const std::vector<short>& arySamples, int nChannels)
-{
-    std::vector<float> aryFloats;
-    for (size_t i = 0; i < arySamples.size(); i += static_cast<size_t>(nChannels))
-    {
-        int nSum = 0;
-        for (size_t k = i; k < i + static_cast<size_t>(nChannels); ++k)
-            nSum += arySamples[k];
-        aryFloats.push_back(static_cast<float>(nSum) / 32768 / static_cast<float>(nChannels));
-    }
-    const TempFolder folder;
-    const std::string strBytes(reinterpret_cast<const char*>(aryFloats.data()), aryFloats.size() * sizeof(float));
-    const std::string strCommand = "bpm -m 60 -x 180 < " + folder.Write("audio.raw", strBytes);
-    FILE* pAnswer = popen(strCommand.c_str(), "r");
-    if (pAnswer == nullptr)
-        return 0;
-    char szLine[64] = {};
-    const bool bAnswered = std::fgets(szLine, sizeof szLine, pAnswer) != nullptr;
-    pclose(pAnswer);
-    return bAnswered ? std::strtod(szLine, nullptr) : 0;
 }
 
 struct EXAMPLE_ROW
@@ -159,13 +135,13 @@ TEST(TempoMusic, EveryExampleIsReadAsItWasComposed)
 // nothing of ours.
 TEST(TempoMusic, TheJudgeAgreesWhereverItIsRight)
 {
-    if (!HaveJudge())
+    if (!HaveTempoJudge())
         GTEST_SKIP() << "no bpm-tools on this machine";
     int nJudged = 0;
     for (size_t i = 0; i < GetMusic().size(); ++i)
     {
         const TEMPO_PIECE& piece = s_aryTempoPieces[i];
-        const double fJudged = AskJudge(GetMusic()[i], 1);
+        const double fJudged = AskTempoJudge(GetMusic()[i], 1);
         ASSERT_GT(fJudged, 0) << piece.pName;
         if (!IsNear(fJudged, piece.fBPM) && !IsNear(fJudged * 2, piece.fBPM) && !IsNear(fJudged / 2, piece.fBPM))
             continue;
@@ -177,8 +153,9 @@ TEST(TempoMusic, TheJudgeAgreesWhereverItIsRight)
 
 TEST(TempoMusic, TheJudgeAgreesOnTheExamplesThatItReads)
 {
-    if (!HaveJudge())
+    if (!HaveTempoJudge())
         GTEST_SKIP() << "no bpm-tools on this machine";
     for (const size_t nTrack : {1U, 3U, 4U}) // of the others it reads two thirds of the tempo
-        ExpectTempo(Listen(GetExamples()[nTrack], 2), AskJudge(GetExamples()[nTrack], 2), s_aryExamples[nTrack].pFile);
+        ExpectTempo(Listen(GetExamples()[nTrack], 2), AskTempoJudge(GetExamples()[nTrack], 2),
+                    s_aryExamples[nTrack].pFile);
 }
