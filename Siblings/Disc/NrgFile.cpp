@@ -184,10 +184,10 @@ bool NrgReader::ReadTAO(const unsigned char* p, int nBytes, int nOffsetBytes)
         track.m_nNumber = static_cast<int>(m_Sheet.m_aryTracks.size()) + 1;
         track.m_nPregapOffset = track.m_nStartOffset = GetNumber(pTrack, nOffsetBytes);
         const long long nLength = GetNumber(pTrack + nOffsetBytes, nOffsetBytes);
-        if (nLength < 0 || track.m_nStartOffset < 0 || nLength > m_nFileBytes)
-            track.m_nEndOffset = -1;
-        else
-            track.m_nEndOffset = std::min(track.m_nStartOffset, m_nFileBytes) + nLength;
+        // Taken as a difference: the sum of two numbers that each fit the file may still be too large for any.
+        const bool bInside =
+            nLength >= 0 && track.m_nStartOffset >= 0 && nLength <= m_nFileBytes - track.m_nStartOffset;
+        track.m_nEndOffset = bInside ? track.m_nStartOffset + nLength : -1;
         const long long nLBA = GetNumber(pTrack + 2 * nOffsetBytes + 4, 4);
         track.m_nStartLBA = nLBA <= DISC_MAX_LBA ? static_cast<int>(nLBA) : -1;
         if (!AddTrack(std::move(track), static_cast<int>(GetNumber(pTrack + 2 * nOffsetBytes, 4) & 0xFF), 0))

@@ -213,6 +213,22 @@ TEST(NrgDiscForms, FaultsAreSentences)
     }
 }
 
+// Each number is one that some file could have; only their sum is none. Seen by the sanitizer of undefined behaviour.
+TEST(NrgDiscForms, AStretchWhoseEndIsNoNumberLiesBeyondTheFile)
+{
+    constexpr long long HUGE_FILE = 1LL << 62;
+    for (const long long nStart : {HUGE_FILE, HUGE_FILE + 1, 0x7FFFFFFFFFFFFFFFLL})
+    {
+        const std::string strEtn =
+            BE(static_cast<unsigned long long>(nStart), 8) + BE(HUGE_FILE, 8) + BE(7, 4) + BE(0, 4) + BE(0, 8);
+        const std::string strChunks = Chunk("ETN2", strEtn);
+        NRG_SHEET sheet;
+        SHEET_ERROR error;
+        EXPECT_FALSE(ParseNrgChunks({strChunks.begin(), strChunks.end()}, HUGE_FILE, sheet, error));
+        EXPECT_EQ(0u, error.m_strText.find("track 1 lies beyond the file")) << error.m_strText;
+    }
+}
+
 TEST(NrgDiscForms, AFileWithoutItsEndIsNoImage)
 {
     TempFolder folder;
