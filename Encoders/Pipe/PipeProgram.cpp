@@ -34,6 +34,73 @@ void CloseHandle(int& nHandle)
     nHandle = -1;
 }
 
+// How a program is started. The first error of a step is the error of Run.
+class SpawnOrders
+{
+public:
+    SpawnOrders()
+        : m_bAttributes(Keep(posix_spawnattr_init(&m_Attributes))),
+          m_bActions(Keep(posix_spawn_file_actions_init(&m_Actions)))
+    {
+    }
+    ~SpawnOrders()
+    {
+        if (m_bActions)
+            posix_spawn_file_actions_destroy(&m_Actions);
+        if (m_bAttributes)
+            posix_spawnattr_destroy(&m_Attributes);
+    }
+    SpawnOrders(const SpawnOrders&) = delete;
+    SpawnOrders& operator=(const SpawnOrders&) = delete;
+
+    // A group of its own, which can be ended as a whole, and signals as a program of the shell has them.
+    void SetSignals()
+    {
+        if (m_nError != 0)
+            return;
+        sigset_t noSignals;
+        sigset_t allSignals;
+        sigemptyset(&noSignals);
+        sigfillset(&allSignals);
+        (void)Keep(posix_spawnattr_setflags(&m_Attributes,
+                                            POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF));
+        (void)Keep(posix_spawnattr_setpgroup(&m_Attributes, 0));
+        (void)Keep(posix_spawnattr_setsigmask(&m_Attributes, &noSignals));
+        (void)Keep(posix_spawnattr_setsigdefault(&m_Attributes, &allSignals));
+    }
+    // nOutput -1: what it says is thrown away. The other files of the host are none of its business.
+    void SetFiles(int nInput, int nOutput, int nErrors)
+    {
+        if (m_nError != 0)
+            return;
+        (void)Keep(posix_spawn_file_actions_adddup2(&m_Actions, nInput, STDIN_FILENO));
+        (void)Keep(nOutput >= 0
+                       ? posix_spawn_file_actions_adddup2(&m_Actions, nOutput, STDOUT_FILENO)
+                       : posix_spawn_file_actions_addopen(&m_Actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0));
+        (void)Keep(posix_spawn_file_actions_adddup2(&m_Actions, nErrors, STDERR_FILENO));
+        (void)Keep(posix_spawn_file_actions_addclosefrom_np(&m_Actions, STDERR_FILENO + 1));
+    }
+    int Run(const std::vector<char*>& aryArguments, pid_t& nProcess)
+    {
+        if (m_nError != 0)
+            return m_nError;
+        return posix_spawnp(&nProcess, aryArguments[0], &m_Actions, &m_Attributes, aryArguments.data(), environ);
+    }
+
+private:
+    posix_spawnattr_t m_Attributes;
+    posix_spawn_file_actions_t m_Actions;
+    int m_nError = 0; // ahead of those that set it
+    const bool m_bAttributes;
+    const bool m_bActions;
+
+    bool Keep(int nError)
+    {
+        m_nError = m_nError == 0 ? nError : m_nError;
+        return nError == 0;
+    }
+};
+
 struct PIPE_ENDS
 {
     ~PIPE_ENDS()
@@ -88,37 +155,15 @@ bool PipeProgram::Spawn(const std::vector<std::string>& aryArguments, int nOutpu
     for (const std::string& strArgument : aryArguments)
         aryPointers.push_back(const_cast<char*>(strArgument.c_str())); // posix_spawn does not change them
     aryPointers.push_back(nullptr);
-    sigset_t noSignals;
-    sigset_t allSignals;
-    sigemptyset(&noSignals);
-    sigfillset(&allSignals);
-    posix_spawnattr_t attributes;
-    posix_spawn_file_actions_t actions;
-    if (posix_spawnattr_init(&attributes) != 0)
-        return Fail(ENCODER_NO_MEMORY, {});
-    if (posix_spawn_file_actions_init(&actions) != 0)
-    {
-        posix_spawnattr_destroy(&attributes);
-        return Fail(ENCODER_NO_MEMORY, {});
-    }
-    int nResult =
-        posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
-    nResult |= posix_spawnattr_setpgroup(&attributes, 0);
-    nResult |= posix_spawnattr_setsigmask(&attributes, &noSignals);
-    nResult |= posix_spawnattr_setsigdefault(&attributes, &allSignals);
-    nResult |= posix_spawn_file_actions_adddup2(&actions, nInputEnd, STDIN_FILENO);
-    nResult |= nOutput >= 0 ? posix_spawn_file_actions_adddup2(&actions, nOutput, STDOUT_FILENO)
-                            : posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-    nResult |= posix_spawn_file_actions_adddup2(&actions, nErrorEnd, STDERR_FILENO);
-    // The files of the host are none of its business.
-    nResult |= posix_spawn_file_actions_addclosefrom_np(&actions, STDERR_FILENO + 1);
-    if (nResult == 0)
-        nResult = posix_spawnp(&m_nProcess, aryPointers[0], &actions, &attributes, aryPointers.data(), environ);
-    posix_spawn_file_actions_destroy(&actions);
-    posix_spawnattr_destroy(&attributes);
+    SpawnOrders orders;
+    orders.SetSignals();
+    orders.SetFiles(nInputEnd, nOutput, nErrorEnd);
+    const int nResult = orders.Run(aryPointers, m_nProcess);
     if (nResult == 0)
         return true;
     m_nProcess = -1;
+    if (nResult == ENOMEM)
+        return Fail(ENCODER_NO_MEMORY, {});
     const bool bMissing = nResult == ENOENT || nResult == EACCES || nResult == ENOTDIR || nResult == ENOEXEC;
     char szText[256];
     return Fail(bMissing ? ENCODER_MISSING_FILE : ENCODER_PIPE,

@@ -75,6 +75,31 @@ TEST_F(RipTest, ADiscThatIsTakenOutEndsTheRip)
     }
 }
 
+TEST_F(RipTest, FoldersThatNothingCameToStandInAreNotLeft)
+{
+    // The first track gets its file, and the second one's folder the user's own.
+    (void)m_Folder.Write("other.bin", MakePatternSectors(77, 300));
+    (void)m_Folder.Write("other.cue", "FILE \"other.bin\" BINARY\nTRACK 01 AUDIO\nINDEX 01 00:00:00\n");
+    WriteProfile("ChangeDisc = 40, " + m_Folder.Get("other.cue").string() + "\n");
+    (void)m_Folder.Write("out/03/mine", "mine");
+    const HOST_RESULT result = HostProcess::Run(
+        {"rip", m_strCue, "--to", Out("").string(), "--name", "%{track}/deep/%{track}", "--mode", "burst"});
+    EXPECT_TRUE(result.m_strErrors.starts_with("rondel: the disc was taken out or changed")) << result.m_strErrors;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(Out("")))
+        EXPECT_FALSE(entry.is_directory() && std::filesystem::is_empty(entry.path())) << entry.path();
+    EXPECT_TRUE(std::filesystem::exists(Out("01/deep/01.wav")));
+    EXPECT_EQ("mine", ReadWholeFile(Out("03/mine")));
+
+    // Not the first ones either, if a later one cannot be made.
+    (void)m_Folder.Write("new/02", "no folder");
+    ExpectSentence(
+        HostProcess::Run({"rip", m_strCue, "--to", m_Folder.Get("new").string(), "--name", "%{track}/%{track}"}), 1,
+        {"02 cannot be made", "--to"});
+    EXPECT_FALSE(std::filesystem::exists(m_Folder.Get("new/01")));
+    ExpectSentence(HostProcess::Run({"rip", m_strCue, "--to", m_Folder.Get("new/02/a/b").string()}), 1,
+                   {"cannot be made", "--to"});
+}
+
 TEST_F(RipTest, AProfileAndTheCacheStandInTheReport)
 {
     WriteProfile("Vendor = ACME\nModel = CD 24X\nRevision = 7.1\nBuffer = 64\nSpeed = 160\n");

@@ -106,7 +106,7 @@ void RipRun::FillSections(const RIP_STREAM& stream, RipSectorList& list)
         (void)AddRangeSections(list, GetCD(), part.piece.nStart, part.piece.nSectors); // the plan has proved them
 }
 
-void RipRun::RunJob(RipJob& job, RIP_STREAM& stream, RipScreen& screen)
+bool RipRun::StartJob(RipJob& job, RIP_STREAM& stream, IRipOwner& owner)
 {
     RipSectorList list;
     FillSections(stream, list);
@@ -116,14 +116,19 @@ void RipRun::RunJob(RipJob& job, RIP_STREAM& stream, RipScreen& screen)
     options.m_nCacheSectors = m_Wishes.nCacheSectors;
     options.m_pProgress = pSink.get();
     std::unique_ptr<CWaveSave> pOutput = std::move(pSink);
+    const int nResult = job.Start(list, pOutput, &owner, options);
+    if (nResult == RIP_STARTED)
+        return true;
+    m_strNotStarted = nResult == RIP_NO_MEMORY ? "there is not enough memory for a rip"
+                                               : "the rip could not be started (" + std::to_string(nResult) + ")";
+    return false;
+}
+
+void RipRun::RunJob(RipJob& job, RIP_STREAM& stream, RipScreen& screen)
+{
     EndWaiter waiter;
-    const int nResult = job.Start(list, pOutput, &waiter, options);
-    if (nResult != RIP_STARTED)
-    {
-        m_strNotStarted = nResult == RIP_NO_MEMORY ? "there is not enough memory for a rip"
-                                                   : "the rip could not be started (" + std::to_string(nResult) + ")";
+    if (!StartJob(job, stream, waiter))
         return;
-    }
     stream.pCollector->Change(
         [&](RIP_REPORT& report)
         {

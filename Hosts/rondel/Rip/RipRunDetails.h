@@ -11,6 +11,7 @@
 
 #include "CDRipper.h"
 #include "DiscChecksums.h"
+#include "MadeFolders.h"
 #include "RipCollector.h"
 #include "RipRun.h"
 #include "RipScreen.h"
@@ -19,6 +20,7 @@
 #include <memory>
 #include <optional>
 
+class IRipOwner;
 class RipJob;
 class RipSectorList;
 
@@ -43,6 +45,7 @@ private:
     void Rip();
     void FillStream(RIP_STREAM& stream, RipCollector& collector);
     void FillSections(const RIP_STREAM& stream, RipSectorList& list);
+    bool StartJob(RipJob& job, RIP_STREAM& stream, IRipOwner& owner); // false, with m_strNotStarted
     void RunJob(RipJob& job, RIP_STREAM& stream, RipScreen& screen);
     void Judge(const RipJob& job, const RipCollector& collector);
 
@@ -59,7 +62,8 @@ private:
     CSCSICD& GetCD() { return *m_Ripper.m_pReader->m_pCD; }
 
     const RIP_WISHES& m_Wishes;
-    std::string m_strPath;                                  // of the drive, for the disc service
+    MadeFolders m_Folders; // first, and so last to go: whatever writes into one has ended by then
+    std::string m_strPath; // of the drive, for the disc service
     std::vector<std::unique_ptr<RipEncoder>> m_aryEncoders; // null for WAV
     std::vector<RIP_ENCODER_FACTS> m_aryFacts;              // of all of them
     CCDRipper m_Ripper;

@@ -108,7 +108,6 @@ void RipRun::CheckNames()
 
 void RipRun::CheckPlaces()
 {
-    std::error_code error;
     if (!m_Wishes.names.strPicture.empty())
         (void)LoadTagPicture(m_Wishes.names.strPicture); // refused now, not when the last file is ended
     for (const std::string& strAnswer : m_Wishes.aryAnswers)
@@ -119,8 +118,7 @@ void RipRun::CheckPlaces()
             setFolders.insert(std::filesystem::path(order.strPath).parent_path());
     for (const std::filesystem::path& folder : setFolders)
     {
-        (void)std::filesystem::create_directories(folder, error);
-        if (error)
+        if (const std::error_code error = m_Folders.Make(folder); error)
             throw HostError(folder.string() + " cannot be made (" + error.message() +
                             "); choose another folder with --to.");
         // The proof of the folder also readies what removes files in the making when a second signal comes.

@@ -1,0 +1,25 @@
+#include "MadeFolders.h"
+
+#include <ranges>
+#include <unistd.h>
+
+MadeFolders::~MadeFolders()
+{
+    for (const std::filesystem::path& folder : std::views::reverse(m_aryMade))
+        (void)rmdir(folder.c_str());
+}
+
+std::error_code MadeFolders::Make(const std::filesystem::path& folder)
+{
+    std::error_code error;
+    std::filesystem::path step;
+    for (const std::filesystem::path& part : folder)
+    {
+        step /= part;
+        if (std::filesystem::create_directory(step, error))
+            m_aryMade.push_back(step);
+        if (error)
+            return error;
+    }
+    return error;
+}
