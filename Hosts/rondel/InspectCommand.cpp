@@ -1,7 +1,8 @@
-// rondel inspect: what a WAV file is made of, and what is wrong with it.
+// rondel inspect: what WAV files are made of, and what is wrong with them.
 
 #include "Commands.h"
 #include "DTSHelper.h"
+#include "EachFile.h"
 #include "HostError.h"
 #include "LySharedToolsHelper.h"
 #include "Output.h"
@@ -14,8 +15,11 @@
 #include <climits>
 #include <cstdio>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <utility>
+#include <vector>
 
 namespace
 {
@@ -27,7 +31,7 @@ constexpr const char* DTS_NAMES[] = {"none", "14-bit little-endian", "14-bit big
 
 struct INSPECT_OPTIONS
 {
-    std::string strFile;
+    std::vector<std::string> aryFiles;
     bool bJson = false;
     bool bRepair = false;
 };
@@ -225,31 +229,50 @@ void Print(INSPECTED& file, const std::string& strFile)
         std::printf("  - %s\n", problem.strText.c_str());
 }
 
-int Inspect(const INSPECT_OPTIONS& options)
+// Whether all is well with the file.
+bool InspectFile(const std::string& strFile, bool bRepair, const std::function<void(INSPECTED&)>& show)
 {
     INSPECTED file;
-    file.bRepaired = options.bRepair && Repair(options.strFile);
-    const std::unique_ptr<ILyReader> pReader = OpenFile(options.strFile, false);
-    file.layout = ReadWavLayout(*pReader, options.strFile);
+    file.bRepaired = bRepair && Repair(strFile);
+    const std::unique_ptr<ILyReader> pReader = OpenFile(strFile, false);
+    file.layout = ReadWavLayout(*pReader, strFile);
     file.bOpen = file.info.Open(pReader.get(), false, true) == 0;
     TestForDTS(*pReader, file);
-    if (options.bJson)
-        PrintJson(Describe(file, options.strFile));
-    else
-        Print(file, options.strFile);
+    show(file);
     (void)file.info.Close(); // ahead of its reader
+    return file.layout.aryProblems.empty() && file.bOpen;
+}
+
+int Inspect(const INSPECT_OPTIONS& options)
+{
+    json list = json::array();
+    const char* pBetween = "";
+    const int nExitCode = ForEachFile(options.aryFiles,
+                                      [&](const std::string& strFile)
+                                      {
+                                          return InspectFile(strFile, options.bRepair,
+                                                             [&](INSPECTED& file)
+                                                             {
+                                                                 if (options.bJson)
+                                                                     return list.push_back(Describe(file, strFile));
+                                                                 std::fputs(std::exchange(pBetween, "\n"), stdout);
+                                                                 Print(file, strFile);
+                                                             });
+                                      });
+    if (options.bJson)
+        PrintJson(list);
     CheckOutput();
-    return file.layout.aryProblems.empty() && file.bOpen ? EXIT_DONE : EXIT_FAILED;
+    return nExitCode;
 }
 } // namespace
 
 void AddInspectCommand(CLI::App& app, int& nExitCode)
 {
     auto p = std::make_shared<INSPECT_OPTIONS>();
-    CLI::App* pCommand = app.add_subcommand("inspect", "Shows what a WAV file is made of and what is wrong with it.");
-    pCommand->add_option("FILE", p->strFile, "a WAV file")->required();
-    pCommand->add_flag("--json", p->bJson, "print JSON for programs");
-    pCommand->add_flag("--repair", p->bRepair, "mend the size at the beginning of the file, if it is wrong");
-    pCommand->footer("Exit codes: 0 all is well, 1 a problem was found, or the file cannot be read.");
+    CLI::App* pCommand = app.add_subcommand("inspect", "Shows what WAV files are made of and what is wrong with them.");
+    pCommand->add_option("FILES", p->aryFiles, "WAV files")->required();
+    pCommand->add_flag("--json", p->bJson, "print JSON for programs, a list with an entry for each file");
+    pCommand->add_flag("--repair", p->bRepair, "mend the size at the beginning of a file, if it is wrong");
+    pCommand->footer("Exit codes: 0 all is well, 1 a problem was found, or a file cannot be read.");
     pCommand->callback([p, &nExitCode] { nExitCode = Inspect(*p); });
 }

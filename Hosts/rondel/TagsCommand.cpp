@@ -1,6 +1,7 @@
 // rondel tags: what the tags of files say, and how to change them.
 
 #include "Commands.h"
+#include "EachFile.h"
 #include "HostError.h"
 #include "Output.h"
 #include "TagFile.h"
@@ -11,6 +12,7 @@
 #include <nlohmann/json.hpp>
 #include <set>
 #include <string>
+#include <utility>
 
 namespace
 {
@@ -39,47 +41,25 @@ struct TAGS_OPTIONS
     TAGS_SET_OPTIONS set;
 };
 
-// Runs an action for each file. One that fails is a line for the user, and the others go on.
-template <class ACTION>
-int ForEach(const std::vector<std::string>& aryFiles, ACTION action)
-{
-    bool bGood = true;
-    for (const std::string& strFile : aryFiles)
-    {
-        try
-        {
-            action(strFile);
-        }
-        catch (const HostError& error)
-        {
-            (void)std::fflush(stdout); // the lines stand in the order of the files
-            std::fprintf(stderr, "rondel: %s\n", error.what());
-            bGood = false;
-        }
-    }
-    return bGood ? EXIT_DONE : EXIT_FAILED;
-}
-
 int Show(const TAGS_OPTIONS& options)
 {
     if (options.aryFiles.empty())
         throw CLI::ValidationError("FILE is required");
     json list = json::array();
-    bool bFirst = true;
-    const int nExitCode = ForEach(options.aryFiles,
-                                  [&](const std::string& strFile)
-                                  {
-                                      TagFile file(strFile);
-                                      if (options.bJson)
+    const char* pBetween = "";
+    const int nExitCode = ForEachFile(options.aryFiles,
+                                      [&](const std::string& strFile)
                                       {
-                                          list.push_back(DescribeTags(file));
-                                          return;
-                                      }
-                                      if (!bFirst)
-                                          std::puts("");
-                                      bFirst = false;
-                                      PrintTags(file);
-                                  });
+                                          TagFile file(strFile);
+                                          if (options.bJson)
+                                          {
+                                              list.push_back(DescribeTags(file));
+                                              return true;
+                                          }
+                                          std::fputs(std::exchange(pBetween, "\n"), stdout);
+                                          PrintTags(file);
+                                          return true;
+                                      });
     if (options.bJson)
         PrintJson(list);
     CheckOutput();
@@ -142,8 +122,12 @@ void SetOne(const std::string& strFile, const TagsRequest& request, const TAGS_S
 int Set(const TAGS_SET_OPTIONS& options)
 {
     const TagsRequest request(options);
-    const int nExitCode =
-        ForEach(request.GetFiles(), [&](const std::string& strFile) { SetOne(strFile, request, options); });
+    const int nExitCode = ForEachFile(request.GetFiles(),
+                                      [&](const std::string& strFile)
+                                      {
+                                          SetOne(strFile, request, options);
+                                          return true;
+                                      });
     CheckOutput();
     return nExitCode;
 }

@@ -21,7 +21,9 @@ protected:
         const HOST_RESULT result = HostProcess::Run({"inspect", "--json", strOption, Get(strName)});
         EXPECT_EQ(nExit, result.m_nExit) << strName << ": " << result.m_strErrors << result.m_strOutput;
         EXPECT_EQ("", result.m_strErrors);
-        return json::parse(result.m_strOutput, nullptr, false);
+        const json list = json::parse(result.m_strOutput, nullptr, false);
+        EXPECT_EQ(1U, list.size()) << list;
+        return list[0];
     }
     json InspectBytes(const std::string& strWav, int nExit) const
     {
@@ -203,6 +205,29 @@ TEST_F(RondelInspect, NamesOfChunksDoNotSteerTheTerminal)
     const HOST_RESULT result = HostProcess::Run({"inspect", Get("x.wav")});
     EXPECT_EQ(std::string::npos, result.m_strOutput.find('\x1B')) << result.m_strOutput;
     EXPECT_FALSE(Inspect("x.wav", 0).is_discarded());
+}
+
+TEST_F(RondelInspect, SeveralFilesStandInTheirOrderAndOneThatFailsIsALine)
+{
+    (void)m_Folder.Write("a.wav", MakeWav(MakeAudio(8)));
+    (void)m_Folder.Write("b.wav", WithRootSize(MakeWav(MakeAudio(16)), 77));
+    (void)m_Folder.Write("none.txt", "text");
+    const HOST_RESULT shown = Here("\"$RONDEL\" inspect a.wav none.txt b.wav 2>&1");
+    EXPECT_EQ(1, shown.m_nExit);
+    const size_t nFirst = shown.m_strOutput.find("a.wav\n");
+    const size_t nFailed = shown.m_strOutput.find("\nrondel: none.txt ");
+    const size_t nLast = shown.m_strOutput.find("\n\nb.wav\n");
+    EXPECT_TRUE(nFirst == 0 && nFirst < nFailed && nFailed < nLast && nLast != std::string::npos) << shown.m_strOutput;
+
+    const HOST_RESULT listed = Here("\"$RONDEL\" inspect --json --repair a.wav none.txt b.wav");
+    EXPECT_EQ(1, listed.m_nExit) << "one could not be read";
+    ExpectSentence({1, "", listed.m_strErrors}, 1, {"none.txt", "no WAV file"});
+    const json list = json::parse(listed.m_strOutput, nullptr, false);
+    ASSERT_EQ(2U, list.size());
+    EXPECT_EQ(Get("a.wav"), list[0]["file"]);
+    EXPECT_EQ(Get("b.wav"), list[1]["file"]);
+    EXPECT_TRUE(list[1]["repaired"].get<bool>());
+    EXPECT_EQ(0, Here("\"$RONDEL\" inspect a.wav b.wav").m_nExit);
 }
 
 // ---- The repair
