@@ -1,8 +1,9 @@
 // enc_flac: FLAC through libFLAC. The file has an MD5 sum of the audio, a seek table, the tags as Vorbis comments and
 // the picture as a block of its own. When it is complete it is decoded from the disk, and its sum is compared.
 //
-// Settings: level=0..8 (5)    seek=0..600 seconds between seek points (10; 0: no table)    padding=0..1048576 bytes
-// (4096) Errors and threads: as EncoderBase.
+// Settings: level=0..8 (5)    seek=0..600 seconds between seek points (10; 0: no table)
+//           padding=0..1048576 bytes (4096)
+// Errors and threads: as EncoderBase.
 
 #pragma once
 

@@ -8,7 +8,7 @@
 
 #include "ILyReader.h"
 
-class DescriptorReader final : public ILyReader
+class DescriptorReader : public ILyReader
 {
 public:
     explicit DescriptorReader(int nDescriptor) : m_nDescriptor(nDescriptor) {}

@@ -5,6 +5,7 @@
 
 #include "AudioFormat.h"
 #include "CDUnits.h"
+#include "DescriptorReader.h"
 #include "RipFiles.h"
 #include "RipOutput.h"
 #include "RipWorker.h"
@@ -13,7 +14,6 @@
 #include <cerrno>
 #include <cstring>
 #include <mutex>
-#include <unistd.h>
 #include <utility>
 #include <vector>
 
@@ -60,68 +60,12 @@ private:
     std::vector<std::shared_ptr<BLOCK>> m_aryBlocks;
 };
 
-// An open descriptor as the WAV writer sees it. The first failure stays known, which the writer itself does not tell.
-class DescriptorWriter final : public ILyReader
+// The header is right from the start: no byte changes once it is written.
+class WaveDescriptor final : public DescriptorReader
 {
 public:
-    explicit DescriptorWriter(int nDescriptor) : m_nDescriptor(nDescriptor) {}
-    ~DescriptorWriter() override
-    {
-        if (m_nDescriptor >= 0)
-            close(m_nDescriptor);
-    }
-
-    int GetError() const { return m_nError; } // of writing: errno, or 0
-    bool Synchronise() { return Check(fsync(m_nDescriptor) == 0 || errno == EINVAL); }
-
-    bool Create() override { return false; }
-    bool Open() override { return false; }
-    void Close() override {} // the end of the file is on another thread
-    int Read(void*, int) override { return 0; }
-    int Write(const void* p, int nBytes) override
-    {
-        int nDone = 0;
-        while (nDone < nBytes)
-        {
-            const ssize_t nPart =
-                write(m_nDescriptor, static_cast<const char*>(p) + nDone, static_cast<size_t>(nBytes - nDone));
-            if (nPart < 0 && errno == EINTR)
-                continue;
-            if (!Check(nPart > 0))
-                break;
-            nDone += static_cast<int>(nPart);
-        }
-        return nDone;
-    }
-    long long GetLength() override { return lseek(m_nDescriptor, 0, SEEK_END); }
-    long long GetPosition() override { return lseek(m_nDescriptor, 0, SEEK_CUR); }
-    long long Seek(long long nOffset, int nOrigin) override
-    {
-        const off_t nPosition = lseek(m_nDescriptor, nOffset, nOrigin == 0 ? SEEK_SET : SEEK_CUR);
-        (void)Check(nPosition >= 0);
-        return nPosition;
-    }
-    bool GetIsStream() override { return true; } // no byte changes once it is written
-    bool GetCanClose() override { return false; }
-    bool GetIsOpen() override { return true; }
-    wchar_t* GetInfo(const wchar_t*) override { return nullptr; }
-    void SetTimeout(int) override {}
-    void SetPostData(void*, int) override {}
-    void SetDownloadParameters(LyString) override {}
-    void SetProperty(const wchar_t*, const wchar_t*) override {}
-    bool GetCanCancel() override { return false; }
-    void SetEndOfFile() override {}
-
-private:
-    bool Check(bool bGood)
-    {
-        if (!bGood && m_nError == 0)
-            m_nError = errno != 0 ? errno : EIO;
-        return bGood;
-    }
-
-    int m_nDescriptor;
-    int m_nError = 0;
+    using DescriptorReader::DescriptorReader;
+    bool GetIsStream() override { return true; }
 };
 
 // A WAV in the making.
@@ -132,7 +76,7 @@ struct WAV_FILE
         pPartial = CreatePartialFile(order.strPath);
         if (!pPartial->GetIsOpen())
             return;
-        pWriter = std::make_unique<DescriptorWriter>(pPartial->TakeDescriptor());
+        pWriter = std::make_unique<WaveDescriptor>(pPartial->TakeDescriptor());
         CAudioFormat format;
         format.SetFormat(16, LY_CD_SAMPLE_RATE, 2, false, _GUID(), true);
         bOpen = creator.Open(pWriter.get(), false, format, false, order.nFrames * LY_CD_FRAME_BYTES);
@@ -140,7 +84,7 @@ struct WAV_FILE
 
     RIP_ORDER order;
     std::unique_ptr<PartialFile> pPartial;
-    std::unique_ptr<DescriptorWriter> pWriter; // goes behind the creator, which uses it
+    std::unique_ptr<WaveDescriptor> pWriter; // goes behind the creator, which uses it
     CWAVCreator creator;
     bool bOpen = false;
     // Of no use any more: abandoned, or it could not be written. What waits for the second thread is dropped.
