@@ -132,7 +132,8 @@ int CCDRipper::RunCopy()
     if (m_pReader == nullptr)
         return 0;
     int nError = 0;
-    if (m_pReader->m_pDAC != nullptr)
+    const bool bCopy = m_pReader->m_pDAC != nullptr;
+    if (bCopy)
     {
         m_pReader->m_bRipping = true;
         m_pReader->m_pDAC->Copy();
@@ -141,11 +142,20 @@ int CCDRipper::RunCopy()
         CDAC::Delete(m_pReader->m_pDAC);
         m_pReader->m_pDAC = nullptr;
     }
-    delete m_pReader->m_pWaveSave; // finishes the output
+    else
+        MarkRipEnded(); // nothing was read: nobody needs to wait for the output
+    // This finishes the output.
+    delete m_pReader->m_pWaveSave;
     m_pReader->m_pWaveSave = nullptr;
+    if (bCopy)
+        MarkRipEnded();
+    return nError;
+}
+
+void CCDRipper::MarkRipEnded()
+{
     m_pReader->m_bThreadActive = false;
     m_pReader->m_bRipping = false;
-    return nError;
 }
 
 bool CCDRipper::ProcessMainThreadMessage(int, long long) { return true; }

@@ -95,6 +95,7 @@ public:
 
 private:
     int RunCopy();
+    void MarkRipEnded();
 
     LyLock m_CopyLock; // over the end of m_pDAC, which Stop of another thread may be looking at
 };

@@ -47,6 +47,18 @@ public:
     int m_nError;
 };
 
+// An output that tells, when it goes, which marks of a rip are still set.
+class WatchingOutput : public CWaveSave
+{
+public:
+    WatchingOutput(const MyReader& reader, bool& bSeen) : m_Reader(reader), m_bSeen(bSeen) {}
+    ~WatchingOutput() override { m_bSeen = m_Reader.m_bThreadActive || m_Reader.m_bRipping; }
+
+private:
+    const MyReader& m_Reader;
+    bool& m_bSeen;
+};
+
 class RipperTest : public ::testing::Test
 {
 protected:
@@ -205,6 +217,30 @@ TEST_F(RipperTest, ThreadWithoutACopyStillTellsItsOwner)
     EXPECT_EQ(nullptr, ripper.m_pReader->m_pWaveSave);
     EXPECT_FALSE(ripper.m_pReader->m_bThreadActive);
     EXPECT_FALSE(ripper.m_pReader->m_bRipping);
+}
+
+TEST_F(RipperTest, TheOutputGoesWithinTheRipOfACopyAndBehindTheEndOfNone)
+{
+    for (const bool bCopy : {true, false})
+    {
+        CCDRipper ripper;
+        (void)ripper.Init();
+        MyReader& reader = *ripper.m_pReader;
+        RipSectorList list;
+        bool bSeen = !bCopy;
+        reader.m_pWaveSave = new WatchingOutput(reader, bSeen);
+        reader.m_bThreadActive = true;
+        reader.m_bRipping = true;
+        if (bCopy)
+        {
+            reader.m_pDAC = new EmptyCopy(0);
+            reader.m_pDAC->m_pSectorList = &list;
+        }
+        EXPECT_FALSE(ripper.Thread());
+        EXPECT_EQ(bCopy, bSeen);
+        EXPECT_EQ(nullptr, reader.m_pWaveSave);
+        EXPECT_FALSE(reader.m_bThreadActive || reader.m_bRipping);
+    }
 }
 
 TEST_F(RipperTest, TheEndOfACopyIsToldWithItsError)
