@@ -35,10 +35,10 @@ enum MARKUP_NODE : int
 enum MARKUP_POSITION_FLAGS : unsigned int
 {
     MARKUP_POSITION_LEVEL = 0xffff,        // the low bits: open elements around it where it was read; sticks at 0xffff
+    MARKUP_POSITION_FIRST_CHILD = 0x80000, // of its parent
     MARKUP_POSITION_NO_END_TAG = 0x100000, // no end tag: treated as empty
     MARKUP_POSITION_ILL_FORMED = 0x200000, // holds an ill-formed part
-    MARKUP_POSITION_ERROR = 0x800000,      // an error in this element
-    MARKUP_POSITION_FIRST_CHILD = 0x80000000 // of its parent
+    MARKUP_POSITION_ERROR = 0x800000       // an error in this element
 };
 
 // What a start tag is beside a node.

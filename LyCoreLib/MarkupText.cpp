@@ -18,8 +18,7 @@ constexpr wchar_t CDATA_END[] = L"]]>";
 constexpr int CDATA_START_CHARS = 9;
 constexpr int CDATA_END_CHARS = 3;
 
-constexpr int MAX_REFERENCE_CHARS = 7;  // between "&#" or "&#x" and ";"
-constexpr int MAX_CHARACTER = 0x10ffff; // of Unicode
+constexpr int MAX_REFERENCE_CHARS = 7; // between "&#" or "&#x" and ";"
 
 struct ENTITY
 {
@@ -43,9 +42,10 @@ wchar_t ReadCharacterReference(const wchar_t* p, int nLength, int& nUsed)
         return 0;
     LyString strNumber;
     strNumber.Assign(p + nDigits, nEnd - nDigits);
-    const long long nValue = bHex ? strNumber.GetHex() : strNumber.GetInt();
     nUsed = nEnd + 1;
-    return nValue > 0 && nValue <= MAX_CHARACTER ? static_cast<wchar_t>(nValue) : 0;
+    // Deliberate: any number but 0 is a character, also one that Unicode does not have. Strings hold them all, and what
+    // another writer put into a document comes back as it was.
+    return bHex ? static_cast<wchar_t>(strNumber.GetHex()) : strNumber.GetInt();
 }
 
 // Reads what follows a "&". 0 if it is no entity.

@@ -87,9 +87,11 @@ bool CMarkup::x_FindName(TokenPos& token)
         token.m_nLeft = token.m_nRight = token.m_nNext;
         return false;
     }
-    token.m_nLeft = token.m_nNext++;
+    token.m_nLeft = token.m_nNext;
     while (!IsOneOf(token.m_pDocument[token.m_nNext], NAME_ENDS))
         ++token.m_nNext;
+    if (token.m_nNext == token.m_nLeft)
+        ++token.m_nNext; // a separator, which is a token of its own
     token.m_nRight = token.m_nNext;
     return true;
 }

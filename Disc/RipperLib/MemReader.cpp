@@ -12,7 +12,7 @@ constexpr int RING_FULL = -1; // GetNextReadSectors: no room for a whole read an
 CMemReader::CMemReader() : LyThread(false, true)
 {
     m_pRing = new unsigned char[RING_BYTES]();
-    m_pRipper.Set(new CCDRipper, true, false);
+    m_pRipper = new CCDRipper;
 }
 
 CMemReader::~CMemReader()
@@ -20,6 +20,8 @@ CMemReader::~CMemReader()
     (void)LyThread::Stop(-1);
     delete[] m_pRing;
     m_pRing = nullptr;
+    delete m_pRipper;
+    m_pRipper = nullptr;
 }
 
 int CMemReader::start(const wchar_t* pDrive, int nTrack, int nPriority, int& nTrackBytes, int nReadSpeed)

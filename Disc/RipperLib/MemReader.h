@@ -40,7 +40,7 @@ public:
     bool Thread() override;
     bool ProcessMainThreadMessage(int nMessage, long long nData) override;
 
-    LyPtr<CCDRipper, CCDRipper> m_pRipper;
+    CCDRipper* m_pRipper = nullptr;  // owned, made with the reader
     std::atomic<int> m_nWritePos{0}; // ring offset of the next byte to store, a multiple of LY_CD_SECTOR_BYTES
     std::atomic<int> m_nReadPos{0};  // ring offset of the next byte to hand out
     int m_nTrack = 0;

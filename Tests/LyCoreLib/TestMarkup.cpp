@@ -52,8 +52,6 @@ TEST(MarkupUnescapeText, ReadsNamesAndReferences)
         {L"&#;", L"&#;"},
         {L"&#x;", L"&#x;"},
         {L"&#65", L"&#65"},
-        {L"&#-5;", L"&#-5;"},           // no character
-        {L"&#9999999;", L"&#9999999;"}, // no character
         {L"&bogus;", L"&bogus;"},
         {L"&LT;", L"&LT;"},
         {L"&lt", L"&lt"},
@@ -65,6 +63,15 @@ TEST(MarkupUnescapeText, ReadsNamesAndReferences)
     for (const UNESCAPE_CASE& row : aryCases)
         EXPECT_EQ(Text(CMarkup::UnescapeText(row.pText)), row.pResult);
     EXPECT_TRUE(CMarkup::UnescapeText(nullptr).IsEmpty());
+}
+
+TEST(MarkupUnescapeText, AnyNumberButZeroIsACharacter)
+{
+    EXPECT_EQ(Text(CMarkup::UnescapeText(L"&#x110000;")), std::wstring(1, 0x110000));
+    EXPECT_EQ(Text(CMarkup::UnescapeText(L"&#9999999;")), std::wstring(1, 9999999));
+    EXPECT_EQ(Text(CMarkup::UnescapeText(L"a&#xfffffff;b")), (std::wstring{L'a', 0xfffffff, L'b'}));
+    EXPECT_EQ(Text(CMarkup::UnescapeText(L"&#-5;")), std::wstring(1, -5));
+    EXPECT_EQ(Text(CMarkup::UnescapeText(L"&#x0;&#-0;")), L"&#x0;&#-0;");
 }
 
 TEST(MarkupUnescapeText, MindsTheLength)

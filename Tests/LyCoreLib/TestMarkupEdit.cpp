@@ -332,6 +332,6 @@ TEST(MarkupLinkElem, JoinsTheLists)
     markup.x_LinkElem(1, 0, nFirst);
     EXPECT_EQ(markup.x_GetPos(1).m_nFirstChild, nFirst);
     EXPECT_EQ(markup.x_GetPos(nFirst).m_nPreviousSibling, 3);
-    EXPECT_EQ(markup.x_GetPos(nFirst).m_nFlags, 0x80000000U);
-    EXPECT_EQ(markup.x_GetPos(2).m_nFlags & 0x80000000U, 0U);
+    EXPECT_EQ(markup.x_GetPos(nFirst).m_nFlags, 0x80000U);
+    EXPECT_EQ(markup.x_GetPos(2).m_nFlags & 0x80000U, 0U);
 }

@@ -288,6 +288,17 @@ TEST(MarkupFindName, RunsToASeparator)
     EXPECT_TRUE(CMarkup::x_GetToken(token).IsEmpty());
 }
 
+TEST(MarkupFindName, SeparatorIsATokenOfOneCharacter)
+{
+    CMarkup::TokenPos token(L" a=b =/c", 0);
+    for (const wchar_t* pToken : {L"a", L"=", L"b", L"=", L"/", L"c"})
+    {
+        EXPECT_TRUE(CMarkup::x_FindName(token));
+        EXPECT_EQ(Text(CMarkup::x_GetToken(token)), pToken);
+    }
+    EXPECT_FALSE(CMarkup::x_FindName(token));
+}
+
 // ---- Attributes
 
 struct ATTRIBUTE_CASE

@@ -189,11 +189,11 @@ TEST(MarkupRecord, TellsWhereAnElementLies)
     EXPECT_EQ(a.m_nStart, 0);
     EXPECT_EQ(a.m_nLength, 20);
     EXPECT_EQ(a.m_nTags, 3U | 4U << 22);
-    EXPECT_EQ(a.m_nFlags, 0x80000000U);
+    EXPECT_EQ(a.m_nFlags, 0x80000U);
     EXPECT_EQ(b.m_nStart, 3);
     EXPECT_EQ(b.m_nLength, 4);
     EXPECT_EQ(b.m_nTags, 4U);
-    EXPECT_EQ(b.m_nFlags, 0x80000001U);
+    EXPECT_EQ(b.m_nFlags, 0x80001U);
     EXPECT_EQ(b.m_nParent, 1);
     EXPECT_EQ(b.m_nNextSibling, 3);
     EXPECT_EQ(b.m_nPreviousSibling, 3) << "of a first child this is the last one";
@@ -239,7 +239,7 @@ TEST(MarkupRecord, LevelSticksAtItsLargestValue)
     EXPECT_EQ(markup.x_GetPos(1).GetLevel(), 0);
     EXPECT_EQ(markup.x_GetPos(0x10000).GetLevel(), 0xffff);
     EXPECT_EQ(markup.x_GetPos(nDepth).GetLevel(), 0xffff);
-    EXPECT_EQ(markup.x_GetPos(nDepth).m_nFlags, 0x8000ffffU);
+    EXPECT_EQ(markup.x_GetPos(nDepth).m_nFlags, 0x8ffffU);
 }
 
 TEST(MarkupSetDoc, TakesAnotherDocument)

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <gtest/gtest.h>
 #include <thread>
+#include <type_traits>
 #include <vector>
 
 namespace
@@ -64,8 +65,18 @@ TEST_F(MemReaderTest, ANewReaderIsEmpty)
     EXPECT_EQ(0, reader.m_nReadError);
     EXPECT_EQ(0U, reader.m_nReadStartTick);
     EXPECT_NE(nullptr, reader.m_pRing);
-    EXPECT_NE(nullptr, reader.m_pRipper.Get());
+    EXPECT_NE(nullptr, reader.m_pRipper);
     EXPECT_EQ(635040, CMemReader::RING_BYTES);
+}
+
+// What stands behind it in memory is read from outside by its place.
+TEST_F(MemReaderTest, TheRipperIsAPlainPointerAheadOfThePositions)
+{
+    const CMemReader reader;
+    static_assert(std::is_same_v<decltype(CMemReader::m_pRipper), CCDRipper*>);
+    const auto* pRipper = reinterpret_cast<const char*>(&reader.m_pRipper);
+    EXPECT_EQ(pRipper + sizeof(void*), reinterpret_cast<const char*>(&reader.m_nWritePos));
+    EXPECT_EQ(pRipper + sizeof(void*) + 4 * sizeof(int), reinterpret_cast<const char*>(&reader.m_bTrackDone));
 }
 
 TEST_F(MemReaderTest, StartAnswersTheErrorOfTheDriveAndStartsNothing)
