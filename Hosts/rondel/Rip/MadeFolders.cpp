@@ -1,12 +1,11 @@
 #include "MadeFolders.h"
 
-#include <ranges>
 #include <unistd.h>
 
 MadeFolders::~MadeFolders()
 {
-    for (const std::filesystem::path& folder : std::views::reverse(m_aryMade))
-        (void)rmdir(folder.c_str());
+    for (auto it = m_aryMade.rbegin(); it != m_aryMade.rend(); ++it)
+        (void)rmdir(it->c_str());
 }
 
 std::error_code MadeFolders::Make(const std::filesystem::path& folder)
