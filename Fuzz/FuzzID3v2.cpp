@@ -8,8 +8,10 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <set>
 #include <string>
+#include <vector>
 
 namespace
 {
@@ -64,6 +66,27 @@ void CheckBinaryValue(const CID3v2Frame& frame)
           std::equal(bytes.GetData(), bytes.GetData() + bytes.GetSize(), frame.m_Data.GetData() + nBefore));
 }
 
+// The properties of a frame are made when somebody asks. Of its body alone they are the same, and those of a frame that
+// was taken out of its tag are there when the tag is another one.
+void CheckLateProperties(const LyBuffer& buffer)
+{
+    CID3v2Tag tag;
+    CID3v2Tag twin;
+    Check(tag.Load(buffer, 0) == twin.Load(buffer, 0) && tag.m_aryFrames.GetSize() == twin.m_aryFrames.GetSize());
+    std::vector<std::unique_ptr<CID3v2Frame>> aryTaken;
+    while (tag.m_aryFrames.GetSize() > 0)
+        aryTaken.emplace_back(tag.m_aryFrames.Detach(tag.m_aryFrames.GetSize() - 1));
+    (void)tag.Load(aryTaken.empty() ? LyBuffer() : aryTaken[0]->m_Data, 0); // seldom a tag
+    for (const CID3v2Frame* pFrame : twin.m_aryFrames)
+    {
+        CID3v2Frame alone(*pFrame);
+        (void)alone.Decode(); // false for an opaque frame
+        Check(aryTaken.back()->m_Properties.CompareProperties(alone.m_Properties));
+        Check(pFrame->m_Properties.CompareProperties(alone.m_Properties));
+        aryTaken.pop_back();
+    }
+}
+
 void AskForEverything(CID3v2Tag& tag)
 {
     for (const CID3v2Frame* pFrame : tag.m_aryFrames)
@@ -102,6 +125,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* pData, size_t nBytes)
     g_LySharedToolsHelper.m_pTools = &s_tools;
     LyBuffer buffer;
     (void)buffer.FromBuffer(pData, static_cast<int>(nBytes)); // false for nothing
+    CheckLateProperties(buffer);
     CID3v2Tag tag;
     Check(tag.Load(buffer, 0) == tag.m_bLoaded);
     AskForEverything(tag);

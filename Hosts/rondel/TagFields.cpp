@@ -98,12 +98,10 @@ bool HasTableRow(const LyString& strDescription)
                        });
 }
 
-std::string DescribePicture(const LyPropertyMap& map)
+std::string DescribePicture(const CID3v2Frame& frame)
 {
-    LyBuffer image;
-    (void)image.FromStringBase64(map.GetProperty(CID3v2Property::VALUE)); // no image is none of 0 bytes
-    const std::string strMime = FromTagText(map.GetProperty(CID3v2Property::MIME_TYPE));
-    return (strMime.empty() ? "picture" : strMime) + ", " + std::to_string(image.GetSize()) + " bytes";
+    const std::string strMime = FromTagText(frame.m_Properties.GetProperty(CID3v2Property::MIME_TYPE));
+    return (strMime.empty() ? "picture" : strMime) + ", " + std::to_string(frame.GetBinaryValueBytes()) + " bytes";
 }
 
 // A year that only repeats the beginning of the date tells nothing.
@@ -134,10 +132,12 @@ std::string GetTagField(CID3v2Tag& tag, const std::string& strName)
     const LyString strField = Widen(strName);
     if (!tag.FindFieldAndFrame(strField, aryFields, aryFrames, false))
         return IsTableField(strName) ? std::string() : GetOwnText(tag, strName);
+    if (strName == TAG_PICTURE_FIELD)
+        return DescribePicture(*aryFrames[0]); // the field is the first of them, as any field is
     // Only genres are to be translated; numbers keep their totals, dates and gains the form of the frame.
     if (!tag.Get(strField, map, aryFields[0]->HasFlag(ID3V2_FIELD_GENRE) ? 0 : 1))
         return {};
-    return strName == TAG_PICTURE_FIELD ? DescribePicture(map) : FromTagText(map.GetProperty(CID3v2Property::VALUE));
+    return FromTagText(map.GetProperty(CID3v2Property::VALUE));
 }
 
 TAG_FIELDS CollectTagFields(CID3v2Tag& tag)

@@ -4,8 +4,10 @@
 #include "ID3v2FieldTable.h"
 #include "ID3v2Properties.h"
 #include "MP3Tag.h"
+#include <algorithm>
 #include <cstring>
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace
@@ -36,36 +38,61 @@ bool IsFrameOfField(const CID3v2Frame& frame, const CID3v2Field& row)
     }
 }
 
-// The table's rows with their texts, which those of every tag share. A tag in static storage makes it ahead of itself,
-// and so ends ahead of it.
-const std::vector<CID3v2Field>& GetTableRows()
+// The table's rows with their texts, which those of every tag share, and the indexes of the rows of each name, in row
+// order. A tag in static storage makes it ahead of itself, and so ends ahead of it.
+struct TABLE
 {
-    static const std::vector<CID3v2Field> s_aryRows = []
+    TABLE();
+
+    std::vector<CID3v2Field> aryRows;
+    std::vector<std::pair<LyString, std::vector<int>>> aryNames;
+};
+
+TABLE::TABLE()
+{
+    aryRows.reserve(GetID3v2FieldRows().size());
+    for (const ID3V2_FIELD_ROW& row : GetID3v2FieldRows())
     {
-        std::vector<CID3v2Field> aryRows;
-        aryRows.reserve(GetID3v2FieldRows().size());
-        for (const ID3V2_FIELD_ROW& row : GetID3v2FieldRows())
-            aryRows.emplace_back(row.pID, row.pName, row.pDescription, row.nFlags, row.nPictureType);
-        return aryRows;
-    }();
-    return s_aryRows;
+        const int nIndex = static_cast<int>(aryRows.size());
+        aryRows.emplace_back(row.pID, row.pName, row.pDescription, row.nFlags, row.nPictureType);
+        const auto pName = std::find_if(aryNames.begin(), aryNames.end(),
+                                        [&row](const auto& name) { return name.first == row.pName; });
+        if (pName != aryNames.end())
+            pName->second.push_back(nIndex);
+        else
+            aryNames.push_back({aryRows.back().m_strName, {nIndex}});
+    }
+}
+
+const TABLE& GetTable()
+{
+    static const TABLE s_Table;
+    return s_Table;
 }
 } // namespace
 
 void CID3v2Tag::AddTableFields()
 {
     ID3v2Properties::MakeSharedKeys();
-    const std::vector<CID3v2Field>& aryRows = GetTableRows();
-    const int nRows = static_cast<int>(aryRows.size());
+    const TABLE& table = GetTable();
+    const int nRows = static_cast<int>(table.aryRows.size());
     // At once what all of them take, and no more: where a kilobyte is asked for, the C library first puts all small
-    // blocks together that are free, which takes as long as all else here. Without memory each row is refused by
-    // itself.
+    // blocks together that are free, which takes as long as all else here. Without memory there are no rows.
     constexpr int NAME_CHAINS = 63; // for two names each, as in any map
-    if (m_aryFields.SetSize(nRows, true))
-        m_aryFields.RemoveAll(false);
+    if (!m_aryFields.SetSize(nRows, true))
+        return;
+    for (int i = 0; i < nRows; ++i)
+        m_aryFields[i] = new CID3v2Field(table.aryRows[static_cast<size_t>(i)]);
     (void)m_mapFieldIndexes.SetHashSize(NAME_CHAINS, false);
-    for (const CID3v2Field& row : aryRows)
-        AddField(new CID3v2Field(row));
+    for (const auto& [strName, aryIndexes] : table.aryNames)
+    {
+        auto pIndexes = std::make_unique<LyNumberArray<int>>();
+        if (!pIndexes->SetSize(static_cast<int>(aryIndexes.size()), true))
+            continue; // the rows are not found by their name
+        std::copy(aryIndexes.begin(), aryIndexes.end(), pIndexes->begin());
+        if (m_mapFieldIndexes.SetAt(strName, pIndexes.get()))
+            (void)pIndexes.release(); // the map has it
+    }
 }
 
 void CID3v2Tag::AddField(CID3v2Field* pField)

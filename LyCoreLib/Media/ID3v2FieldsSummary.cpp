@@ -1,6 +1,7 @@
 // A frame as one line for a reader.
 
 #include "ID3v2FieldsDetails.h"
+#include "ID3v2Properties.h"
 #include "MP3Tag.h"
 #include "OptionsHelper.h"
 
@@ -9,6 +10,7 @@ namespace
 constexpr int LONGEST_LABEL = 20;
 constexpr int CUT_LABEL = 18; // and two points
 constexpr int LONGEST_VALUE = 128;
+constexpr int LONGEST_BINARY_VALUE = LONGEST_VALUE / 4 * 3; // whose base64 text may be as long as that
 
 void FinishLabel(LyString& strLabel)
 {
@@ -18,15 +20,23 @@ void FinishLabel(LyString& strLabel)
         strLabel = strLabel.Left(CUT_LABEL) + L"..";
 }
 
+// Without the text of a picture being made for it.
+bool IsTooLarge(const CID3v2Frame& frame)
+{
+    const auto* pOwn = dynamic_cast<const ID3v2Properties*>(frame.m_Properties.m_pProperties);
+    return (pOwn != nullptr && pOwn->GetBinaryValueBytes() > LONGEST_BINARY_VALUE) ||
+           frame.m_Properties.GetProperty(CID3v2Property::VALUE).GetLength() > LONGEST_VALUE;
+}
+
 LyString GetValueText(const CID3v2Frame& frame)
 {
     LyString strValue;
     if (frame.GetType() == ID3V2_FRAME_TYPE_OPAQUE)
         strValue = TranslateString(L"<unknown data type>");
+    else if (IsTooLarge(frame))
+        strValue = TranslateString(L"<too large to display>");
     else
         strValue = frame.m_Properties.GetProperty(CID3v2Property::VALUE);
-    if (frame.GetType() != ID3V2_FRAME_TYPE_OPAQUE && strValue.GetLength() > LONGEST_VALUE)
-        strValue = TranslateString(L"<too large to display>");
     (void)strValue.Replace(L"\r\n", L"\n");
     (void)strValue.Replace(L"\n", L"\\n");
     return strValue;

@@ -11,9 +11,12 @@
 #include <climits>
 #include <cstring>
 #include <memory>
+#include <span>
 
 namespace
 {
+using BYTES = std::span<const unsigned char>;
+
 constexpr int VERSION_22 = 2;
 constexpr int VERSION_24 = 4; // sizes of frames are sync-safe
 constexpr int SIZE_BYTES_22 = 3;
@@ -50,6 +53,8 @@ CID3v2FrameHeader MakeHeaderFrom22(const unsigned char* p)
     return header;
 }
 
+int GetSize(BYTES bytes) { return static_cast<int>(bytes.size()); } // they come from a buffer
+
 // The size of the body, or -1. In version 2.4 a byte that no sync-safe number has tells of a writer that knows none.
 int GetBodyBytes(const CID3v2FrameHeader& header, int nVersion)
 {
@@ -61,42 +66,53 @@ int GetBodyBytes(const CID3v2FrameHeader& header, int nVersion)
 
 // The header of the frame at nPos and the bytes of its body, all of which are there; nPos moves to the body. False at
 // the end of the frames: at padding, at damage, or where the buffer ends.
-bool ReadFrameHeader(const LyBuffer& buffer, int& nPos, int nVersion, CID3v2FrameHeader& header, int& nBodyBytes)
+bool ReadFrameHeader(BYTES bytes, int& nPos, int nVersion, CID3v2FrameHeader& header, int& nBodyBytes)
 {
     const int nHeaderBytes = nVersion == VERSION_22 ? CID3v2Tag::FRAME_HEADER_BYTES_22 : CID3v2Tag::HEADER_BYTES;
-    if (nPos < 0 || nPos > buffer.GetSize() - nHeaderBytes)
+    if (nPos < 0 || nPos > GetSize(bytes) - nHeaderBytes)
         return false;
-    const unsigned char* p = buffer.GetData() + nPos;
+    const unsigned char* p = bytes.data() + nPos;
     if (nVersion == VERSION_22)
         header = MakeHeaderFrom22(p);
     else
         memcpy(static_cast<void*>(&header), p, sizeof header);
     nBodyBytes = GetBodyBytes(header, nVersion);
-    if (!header.GetIsValidID(false) || nBodyBytes < 0 || nBodyBytes > buffer.GetSize() - nPos - nHeaderBytes)
+    if (!header.GetIsValidID(false) || nBodyBytes < 0 || nBodyBytes > GetSize(bytes) - nPos - nHeaderBytes)
         return false;
     nPos += nHeaderBytes;
     return true;
 }
 
-// Whether what begins at nPos cannot be a frame or padding, as far as its ten bytes are there to tell.
-bool IsNoFrameAt(const LyBuffer& buffer, int nPos)
+// How many frames the walk meets, where their sizes are those that they have in the file.
+int CountFrames(BYTES bytes, int nPos, int nVersion)
 {
     CID3v2FrameHeader header;
-    if (nPos > buffer.GetSize() - CID3v2Tag::HEADER_BYTES)
+    int nBytes = 0;
+    int nFrames = 0;
+    for (; ReadFrameHeader(bytes, nPos, nVersion, header, nBytes); nPos += nBytes)
+        ++nFrames;
+    return nFrames;
+}
+
+// Whether what begins at nPos cannot be a frame or padding, as far as its ten bytes are there to tell.
+bool IsNoFrameAt(BYTES bytes, int nPos)
+{
+    CID3v2FrameHeader header;
+    if (nPos > GetSize(bytes) - CID3v2Tag::HEADER_BYTES)
         return false;
-    memcpy(static_cast<void*>(&header), buffer.GetData() + nPos, sizeof header);
+    memcpy(static_cast<void*>(&header), bytes.data() + nPos, sizeof header);
     return !header.GetIsValidID(true);
 }
 
 // The body of a frame in a tag that is unsynchronised as a whole, in plain form. Where nothing begins behind nBytes,
 // they are the size that the frame had before, and the body takes what it needs for them.
-void TakeUnsynchronized(const LyBuffer& buffer, int& nPos, int nBytes, CID3v2Frame& frame, int nVersion)
+void TakeUnsynchronized(BYTES bytes, int& nPos, int nBytes, CID3v2Frame& frame, int nVersion)
 {
-    const int nRest = buffer.GetSize() - nPos;
-    const bool bSizeFromBefore = IsNoFrameAt(buffer, nPos + nBytes);
+    const int nRest = GetSize(bytes) - nPos;
+    const bool bSizeFromBefore = IsNoFrameAt(bytes, nPos + nBytes);
     (void)frame.m_Data.GetAppendBlock(nBytes); // null for an empty body
     int nRemoved = 0;
-    const int nWritten = ID3v2Packing::CopyUnsynchronized(buffer.GetData() + nPos, bSizeFromBefore ? nRest : nBytes,
+    const int nWritten = ID3v2Packing::CopyUnsynchronized(bytes.data() + nPos, bSizeFromBefore ? nRest : nBytes,
                                                           frame.m_Data.GetData(), frame.m_Data.GetSize(), nRemoved);
     (void)frame.m_Data.RemoveRight(frame.m_Data.GetSize() - nWritten); // there may be nothing to remove
     const long long nEnd = static_cast<long long>(nPos) + nBytes + (bSizeFromBefore ? nRemoved : 0);
@@ -123,29 +139,39 @@ void ConvertPictureFrom22(CID3v2Frame& frame)
 }
 } // namespace
 
-// Deliberate: the walk goes on to the end of the buffer, whatever size the tag's header tells.
 bool CID3v2Tag::LoadFrames(const LyBuffer& buffer, int& nPos)
 {
+    WalkFrames({buffer.GetData(), static_cast<size_t>(buffer.GetSize())}, nPos, nullptr);
+    return true;
+}
+
+// Deliberate: the walk goes on to the end of the buffer, whatever size the tag's header tells.
+void CID3v2Tag::WalkFrames(BYTES bytes, int& nPos, const std::shared_ptr<ID3v2RawTag>& pRawTag)
+{
     const int nVersion = m_Header.m_nMajorVersion;
+    const bool bUnsynchronized = (m_Header.m_nFlags & ID3V2_TAG_FLAG_UNSYNCHRONIZED) != 0;
+    const int nFrames = bUnsynchronized || m_aryFrames.GetSize() > 0 ? 0 : CountFrames(bytes, nPos, nVersion);
+    if (m_aryFrames.SetSize(m_aryFrames.GetSize() + nFrames, true))
+        (void)m_aryFrames.SetSize(m_aryFrames.GetSize() - nFrames); // there is room for exactly those
     CID3v2FrameHeader header;
     int nBytes = 0;
-    while (ReadFrameHeader(buffer, nPos, nVersion, header, nBytes))
+    while (ReadFrameHeader(bytes, nPos, nVersion, header, nBytes))
     {
         auto frame = std::make_unique<CID3v2Frame>(header);
-        if (m_Header.m_nFlags & ID3V2_TAG_FLAG_UNSYNCHRONIZED)
+        if (bUnsynchronized)
         {
-            TakeUnsynchronized(buffer, nPos, nBytes, *frame, nVersion);
+            TakeUnsynchronized(bytes, nPos, nBytes, *frame, nVersion);
+            (void)frame->Decode(); // an opaque frame is kept as well
         }
         else
         {
-            (void)frame->m_Data.FromBuffer(buffer.GetData() + nPos, nBytes); // false for an empty body
+            (void)frame->m_Data.FromBuffer(bytes.data() + nPos, nBytes); // false for an empty body
+            (void)frame->DecodeInTag(pRawTag, nPos);
             nPos += nBytes;
         }
-        (void)frame->Decode(); // an opaque frame is kept as well
         if (nVersion == VERSION_22 && frame->GetType() == ID3V2_FRAME_TYPE_PICTURE)
             ConvertPictureFrom22(*frame);
         if (m_aryFrames.Add(frame.get()) >= 0)
             (void)frame.release(); // the array has it
     }
-    return true;
 }

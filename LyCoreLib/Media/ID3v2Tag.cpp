@@ -1,4 +1,6 @@
+#include "ID3v2RawTag.h"
 #include "MP3Tag.h"
+#include <algorithm>
 #include <cstring>
 
 namespace
@@ -19,6 +21,20 @@ int DecodeSyncSafe(const unsigned char* p)
 
 CID3v2Tag::CID3v2Tag() { AddTableFields(); }
 
+CID3v2Tag::~CID3v2Tag()
+{
+    m_aryFrames.RemoveAll();
+    LetGoOfRawTag();
+}
+
+// Ahead of a change of m_RawTag. The frames of the array should be gone by then.
+void CID3v2Tag::LetGoOfRawTag()
+{
+    if (m_pRawTag.use_count() > 1)
+        m_pRawTag->Keep();
+    m_pRawTag = nullptr;
+}
+
 void CID3v2Tag::EmptyAllButRawTag()
 {
     m_bLoaded = false;
@@ -32,14 +48,20 @@ void CID3v2Tag::EmptyAllButRawTag()
 bool CID3v2Tag::Empty()
 {
     EmptyAllButRawTag();
+    LetGoOfRawTag();
     m_RawTag.Empty(true);
     return true;
 }
 
 bool CID3v2Tag::Load(const LyBuffer& buffer, long long nPosition)
 {
-    // The copy comes ahead of the frames' end, since what is given may be the body of one. Who has read the tag into
-    // m_RawTag saves it.
+    // What is given may be the body of a frame, which then ends behind the copy. Who has read the tag into m_RawTag
+    // saves it.
+    const bool bOwnBody = std::any_of(m_aryFrames.begin(), m_aryFrames.end(),
+                                      [&buffer](const CID3v2Frame* pFrame) { return &pFrame->m_Data == &buffer; });
+    if (!bOwnBody)
+        EmptyAllButRawTag();
+    LetGoOfRawTag();
     if (&buffer != &m_RawTag)
     {
         m_RawTag.Empty(true); // the tag before may have been much larger
@@ -54,16 +76,9 @@ bool CID3v2Tag::Load(const LyBuffer& buffer, long long nPosition)
     // has it. ID3v2.3.0, 3.2, has neither, so a tag of that version is misread here.
     if (m_Header.m_nFlags & ID3V2_TAG_FLAG_EXTENDED_HEADER)
         nPos += ReadSyncSafeInt(m_RawTag, nPos);
-    if (m_Header.m_nFlags & ID3V2_TAG_FLAG_FOOTER)
-    {
-        LyBuffer withoutFooter;
-        withoutFooter.FromBuffer(m_RawTag, m_RawTag.GetSize() - HEADER_BYTES);
-        (void)LoadFrames(withoutFooter, nPos);
-    }
-    else
-    {
-        (void)LoadFrames(m_RawTag, nPos);
-    }
+    const int nFooterBytes = m_Header.m_nFlags & ID3V2_TAG_FLAG_FOOTER ? HEADER_BYTES : 0;
+    m_pRawTag = std::make_shared<ID3v2RawTag>(m_RawTag);
+    WalkFrames({m_RawTag.GetData(), static_cast<size_t>(m_RawTag.GetSize() - nFooterBytes)}, nPos, m_pRawTag);
     m_bLoaded = true;
     return true;
 }

@@ -1,5 +1,6 @@
 // Texts of a frame: zero-terminated, in one of four encodings.
 
+#include "ID3v2Text.h"
 #include "ID3v2Packing.h"
 #include "LyPtr.h"
 #include "LyUTF8Details.h"
@@ -88,13 +89,13 @@ void Convert(LyString& strOut, const PIECE& piece, int nEncoding)
 }
 
 // The characters of the values from nPos on, each with its delimiter. Bytes that are no UTF-8 may be more.
-long long MeasureValues(const LyBuffer& buffer, int nPos, int nEncoding, int nUnitBytes)
+long long MeasureValues(std::span<const unsigned char> bytes, int nPos, int nEncoding, int nUnitBytes)
 {
     long long nChars = 0;
     bool bInValue = false;
-    for (; nPos <= buffer.GetSize() - nUnitBytes; nPos += nUnitBytes)
+    for (; nPos <= static_cast<int>(bytes.size()) - nUnitBytes; nPos += nUnitBytes)
     {
-        const unsigned char* p = buffer.GetData() + nPos;
+        const unsigned char* p = bytes.data() + nPos;
         const bool bZero = p[0] == 0 && p[nUnitBytes - 1] == 0;
         const bool bGoesOn = nEncoding == ID3V2_FRAME_TEXT_ENCODING_UTF8 && LyUTF8Details::IsContinuation(p[0]);
         nChars += !bZero && !bInValue ? DELIMITER_CHARS : 0;
@@ -113,25 +114,30 @@ void Reserve(LyString& str, long long nMore)
         str.ReleaseBuffer(nChars);
 }
 
-int FindTerminator(const LyBuffer& buffer, int nPos, int nUnitBytes)
+int FindTerminator(std::span<const unsigned char> bytes, int nPos, int nUnitBytes)
 {
-    if (nUnitBytes == UTF16_BYTES)
+    const unsigned char* pStart = bytes.data() + nPos;
+    const int nBytes = static_cast<int>(bytes.size());
+    if (nUnitBytes == 1)
     {
-        constexpr unsigned char aryZeros[UTF16_BYTES] = {};
-        return buffer.Search(aryZeros, UTF16_BYTES, nPos, UTF16_BYTES);
+        const void* p = memchr(pStart, 0, static_cast<size_t>(nBytes - nPos));
+        return p != nullptr ? nPos + static_cast<int>(static_cast<const unsigned char*>(p) - pStart) : -1;
     }
-    const unsigned char* pStart = buffer.GetData() + nPos;
-    const void* p = memchr(pStart, 0, static_cast<size_t>(buffer.GetSize() - nPos));
-    return p != nullptr ? nPos + static_cast<int>(static_cast<const unsigned char*>(p) - pStart) : -1;
+    for (const unsigned char* p = pStart; nPos <= nBytes - UTF16_BYTES; nPos += UTF16_BYTES, p += UTF16_BYTES)
+    {
+        if (p[0] == 0 && p[1] == 0)
+            return nPos;
+    }
+    return -1;
 }
 
 // The value at nPos, which must be inside the buffer; nPos moves behind its terminator.
-PIECE TakePiece(const LyBuffer& buffer, int& nPos, int nUnitBytes)
+PIECE TakePiece(std::span<const unsigned char> bytes, int& nPos, int nUnitBytes)
 {
     const int nStart = nPos;
-    const int nEnd = FindTerminator(buffer, nStart, nUnitBytes);
-    nPos = nEnd >= 0 ? nEnd + nUnitBytes : buffer.GetSize();
-    return {buffer.GetData() + nStart, (nEnd >= 0 ? nEnd : nPos) - nStart, nEnd >= 0};
+    const int nEnd = FindTerminator(bytes, nStart, nUnitBytes);
+    nPos = nEnd >= 0 ? nEnd + nUnitBytes : static_cast<int>(bytes.size());
+    return {bytes.data() + nStart, (nEnd >= 0 ? nEnd : nPos) - nStart, nEnd >= 0};
 }
 
 // Deliberate: there is no surrogate pair. A character above U+FFFF is cut to 16 bits.
@@ -151,20 +157,25 @@ void AppendUTF16(LyBuffer& buffer, const LyString& strText)
 
 LyString CID3v2Tag::DecodeString(int nEncoding, const LyBuffer& buffer, int& nPos, bool bOnlyOne)
 {
+    return ID3v2Text::Decode(nEncoding, {buffer.GetData(), static_cast<size_t>(buffer.GetSize())}, nPos, bOnlyOne);
+}
+
+LyString ID3v2Text::Decode(int nEncoding, std::span<const unsigned char> bytes, int& nPos, bool bOnlyOne)
+{
     const bool bUTF16 = nEncoding == ID3V2_FRAME_TEXT_ENCODING_UTF16 || nEncoding == ID3V2_FRAME_TEXT_ENCODING_UTF16BE;
     const int nUnitBytes = bUTF16 ? UTF16_BYTES : 1;
     LyString strResult;
     LyString strPiece;
     bool bReserved = false;
-    while (nPos >= 0 && nPos < buffer.GetSize())
+    while (nPos >= 0 && nPos < static_cast<int>(bytes.size()))
     {
-        const PIECE piece = TakePiece(buffer, nPos, nUnitBytes);
+        const PIECE piece = TakePiece(bytes, nPos, nUnitBytes);
         Convert(strResult.IsEmpty() ? strResult : strPiece, piece, nEncoding);
         if (!strPiece.IsEmpty())
         {
             if (!bReserved)
                 Reserve(strResult,
-                        DELIMITER_CHARS + strPiece.GetLength() + MeasureValues(buffer, nPos, nEncoding, nUnitBytes));
+                        DELIMITER_CHARS + strPiece.GetLength() + MeasureValues(bytes, nPos, nEncoding, nUnitBytes));
             bReserved = true;
             strResult += VALUE_DELIMITER;
             strResult += strPiece;

@@ -17,6 +17,10 @@
 #include "LyMap.h"
 #include "LyString.h"
 #include "PropertyMap.h"
+#include <memory>
+#include <span>
+
+class ID3v2RawTag;
 
 // ID3v2.4.0-structure, 4: the first byte of a frame that holds text.
 enum ID3V2_FRAME_TEXT_ENCODINGS : int
@@ -139,11 +143,13 @@ public:
     ID3V2_FRAME_TYPES GetType() const { return GetFrameType(m_Header.m_ID); }
 
     // Fills m_Properties from m_Data by the frame's type. False for an opaque frame, whose properties stay empty. The
-    // argument is not looked at.
+    // argument is not looked at. What fills them is m_Data as it is now, though the work waits until somebody asks.
     bool Decode(int nUnused = 0);
 
     // The property "Description", or an empty text. It stays the frame's.
     const wchar_t* GetDescription() const;
+    // How many bytes the "Value" of a picture or of private data stands for; makes no base64 text. 0 for other types.
+    int GetBinaryValueBytes() const;
 
     // Writes the length of m_Data into the header: sync-safe from version 4 on, otherwise big-endian.
     void SetHeaderFrameBytesFromBuffer(int nVersion);
@@ -153,12 +159,15 @@ public:
     static void EncodePicture(LyBuffer& buffer, const LyBuffer& image, const LyString& strMime, int nPictureType);
 
     CID3v2FrameHeader m_Header;
-    LyBuffer m_Data; // the body as it goes to the file, without the unsynchronisation of the tag
-    LyPropertyMap m_Properties;
 
 private:
     friend class CID3v2Tag;
-    int m_nOrderRow = -1; // the index of its row, as long as the tag sorts
+    bool DecodeInTag(const std::shared_ptr<ID3v2RawTag>& pRawTag, int nRawOffset); // where m_Data stands in its tag
+    int m_nOrderRow = -1; // the index of its row, as long as the tag sorts; here, where it takes no room
+
+public:
+    LyBuffer m_Data; // the body as it goes to the file, without the unsynchronisation of the tag
+    LyPropertyMap m_Properties;
 };
 
 // A row of the field table, which is its tag's own.
@@ -199,7 +208,7 @@ public:
     static constexpr int MAX_PADDING_BYTES = 0x40000; // what callers of SaveToBuffer grant
 
     CID3v2Tag(); // empty, with the table of rows
-    ~CID3v2Tag() override = default;
+    ~CID3v2Tag() override;
     CID3v2Tag(const CID3v2Tag&) = delete;
     CID3v2Tag& operator=(const CID3v2Tag&) = delete;
 
@@ -256,17 +265,20 @@ public:
     bool m_bLoaded = false;
     bool m_bDirty = false;                            // frames changed since loading
     int m_nEncoding = ID3V2_FRAME_TEXT_ENCODING_UTF8; // nobody asks for it
-    LyBuffer m_RawTag;                                // what Load was given; its length is that of the tag in the file
+    LyBuffer m_RawTag; // what Load was given; its length is that of the tag in the file. Its frames refer to it
     long long m_nFilePosition = 0;
     CID3v2TagHeader m_Header = {};                   // as read, but for the size; never changed in memory
     LyOwnedPtrArray<CID3v2Frame, false> m_aryFrames; // in file order, until the next save
 
 private:
     void EmptyAllButRawTag();
+    void LetGoOfRawTag();
+    void WalkFrames(std::span<const unsigned char> bytes, int& nPos, const std::shared_ptr<ID3v2RawTag>& pRawTag);
     void AddTableFields(); // the rows that every tag has
     void SetPodcastFields();
     void SortFrames();
     int FindOrderRow(const CID3v2Frame& frame) const;
 
-    bool m_bSorting = false; // the frames know their rows
+    bool m_bSorting = false;                // the frames know their rows
+    std::shared_ptr<ID3v2RawTag> m_pRawTag; // m_RawTag, as its frames share it; null without frames
 };

@@ -1,6 +1,7 @@
 // A frame as one line for a reader.
 
 #include "FieldTags.h"
+#include "ID3v2Properties.h"
 #include <gtest/gtest.h>
 
 namespace
@@ -67,6 +68,23 @@ TEST(ID3v2FieldsSummary, ALongValueIsNotShown)
 {
     EXPECT_EQ(SummaryOf("TIT2", Latin1(std::string(128, 'x'))), L"TIT2 (Name): " + std::wstring(128, L'x'));
     EXPECT_EQ(SummaryOf("TIT2", Latin1(std::string(129, 'x'))), L"TIT2 (Name): <too large to display>");
+}
+
+TEST(ID3v2FieldsSummary, ALargePictureIsNotShownAndNoTextIsMadeOfIt)
+{
+    EXPECT_EQ(SummaryOf("APIC", Picture(3, std::string(90, 0))),
+              L"APIC (Image File) (Cover): " + std::wstring(64, L'A') + L"\\n" + std::wstring(56, L'A'));
+    for (const int nBytes : {95, 96, 97, 1'000, 100'000}) // 95 bytes are 128 characters and a line end
+    {
+        CID3v2Tag tag;
+        LoadTag(tag, 4, {{"APIC", Picture(3, std::string(static_cast<size_t>(nBytes), 0))}});
+        EXPECT_EQ(Wide(tag.GetFrameSummary(0)), L"APIC (Image File) (Cover): <too large to display>") << nBytes;
+        const auto* pProperties = static_cast<const ID3v2Properties*>(tag.m_aryFrames[0]->m_Properties.m_pProperties);
+        if (nBytes > 96)
+        {
+            EXPECT_EQ(pProperties->GetBinaryValueBytes(), nBytes) << "a text was made";
+        }
+    }
 }
 
 TEST(ID3v2FieldsSummary, LineEndsAreShown)

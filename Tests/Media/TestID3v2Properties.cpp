@@ -188,22 +188,47 @@ TEST(ID3v2Properties, AFrameIsCopiedWithThem)
 
 TEST(ID3v2Properties, GiveTheBytesWithAndWithoutTheText)
 {
-    ID3v2Properties properties;
+    CID3v2Frame frame;
+    Decode(frame, "PRIV", PRIVATE_BODY);
+    auto* pProperties = static_cast<ID3v2Properties*>(frame.m_Properties.m_pProperties);
     LyBuffer bytes;
-    EXPECT_FALSE(properties.GetBinaryValue(bytes)) << "there is no value";
-    const unsigned char aryBytes[] = {1, 2, 3};
-    properties.SetBinaryValue(aryBytes, 3);
-    EXPECT_TRUE(properties.GetBinaryValue(bytes));
+    EXPECT_TRUE(pProperties->GetBinaryValue(bytes));
     EXPECT_EQ(Content(bytes), "\1\2\3");
+    EXPECT_EQ(pProperties->GetBinaryValueBytes(), 3);
     LyString strValue;
-    EXPECT_TRUE(properties.Lookup(L"Value", strValue));
+    EXPECT_TRUE(pProperties->Lookup(L"Value", strValue));
     EXPECT_EQ(strValue, L"AQID");
-    EXPECT_TRUE(properties.GetBinaryValue(bytes));
+    EXPECT_EQ(pProperties->GetBinaryValueBytes(), -1) << "it is a text now";
+    EXPECT_TRUE(pProperties->GetBinaryValue(bytes));
     EXPECT_EQ(Content(bytes), "\1\2\3");
-    properties.SetBinaryValue(nullptr, 0);
-    EXPECT_FALSE(properties.GetBinaryValue(bytes));
-    EXPECT_TRUE(properties.Lookup(L"Value", strValue));
-    EXPECT_TRUE(strValue.IsEmpty());
+    EXPECT_TRUE(pProperties->RemoveKey(L"Value"));
+    EXPECT_FALSE(pProperties->GetBinaryValue(bytes)) << "there is no value";
+}
+
+TEST(ID3v2Properties, AnEmptyBinaryValueIsAnEmptyText)
+{
+    CID3v2Frame frame;
+    Decode(frame, "PRIV", Bytes("owner\0"));
+    LyBuffer bytes;
+    EXPECT_FALSE(static_cast<ID3v2Properties*>(frame.m_Properties.m_pProperties)->GetBinaryValue(bytes));
+    EXPECT_EQ(Value(frame), "");
+}
+
+TEST(ID3v2Properties, AFrameTellsHowManyBytesItsValueStandsFor)
+{
+    CID3v2Frame frame;
+    Decode(frame, "APIC", PICTURE_BODY);
+    EXPECT_EQ(frame.GetBinaryValueBytes(), 3);
+    EXPECT_EQ(Value(frame), BYTES_AS_TEXT);
+    EXPECT_EQ(frame.GetBinaryValueBytes(), 3) << "and as a text";
+    frame.m_Properties.SetProperty(L"Value", L"AQIDBA==");
+    EXPECT_EQ(frame.GetBinaryValueBytes(), 4);
+    frame.m_Properties.DeleteProperties();
+    EXPECT_EQ(frame.GetBinaryValueBytes(), 0);
+    Decode(frame, "PRIV", PRIVATE_BODY);
+    EXPECT_EQ(frame.GetBinaryValueBytes(), 3);
+    Decode(frame, "TIT2", Bytes("\0AQID"));
+    EXPECT_EQ(frame.GetBinaryValueBytes(), 0) << "a text stands for none";
 }
 
 TEST(ID3v2Properties, AFieldHasTheText)

@@ -171,10 +171,39 @@ TAG_CASE ManyFrames(const char* pName, const std::string& strFrame)
     return {pName, Mebibyte(strFrames), static_cast<int>(strFrames.size() / strFrame.size())};
 }
 
+// A body of exactly that many bytes.
+std::string Body(const std::string& strStart, size_t nBytes)
+{
+    return strStart + (nBytes > strStart.size() ? Letters(nBytes - strStart.size()) : "");
+}
+
+// Many small frames of each kind: what counts is how many they are, and not what they hold.
+void AddSmallFrames(std::vector<TAG_CASE>& aryCases)
+{
+    static const struct
+    {
+        const char* pID;
+        std::string strStart;
+    } s_aryKinds[] = {
+        {"TIT2", std::string(1, 0)},
+        {"TXXX", std::string("\0name\0", 6)},
+        {"COMM", std::string("\0engname\0", 9)},
+        {"APIC", std::string("\0image/png\0\3\0", 13)},
+        {"PRIV", std::string("owner\0", 6)},
+        {"WOAR", "http://"},
+        {"XYZW", ""},
+    };
+    for (const auto& kind : s_aryKinds)
+    {
+        for (const size_t nBytes : {20, 30, 50, 100, 200, 300})
+            aryCases.push_back(ManyFrames(kind.pID, Frame(kind.pID, Body(kind.strStart, nBytes))));
+    }
+}
+
 // One frame that fills the tag, and many: the worst of each kind that people make.
 std::vector<TAG_CASE> MakeTagCases()
 {
-    return {
+    std::vector<TAG_CASE> aryCases = {
         {"padding", Mebibyte(TextFrame("TIT2", "Title")), 1},
         {"a frame that nobody knows", Mebibyte(Frame("XYZW", Audio(ROOM))), 1},
         {"a picture", Mebibyte(Frame("APIC", std::string("\0image/png\0\3\0", 13) + Audio(ROOM - 30))), 1, 4 * MIB},
@@ -191,6 +220,8 @@ std::vector<TAG_CASE> MakeTagCases()
         ManyFrames("many small pictures", Frame("APIC", std::string("\0image/png\0\3\0", 13) + Audio(300))),
         ManyFrames("many small user texts", TextFrame("TXXX", Letters(20) + std::string(1, 0) + Letters(300))),
     };
+    AddSmallFrames(aryCases);
+    return aryCases;
 }
 } // namespace
 
