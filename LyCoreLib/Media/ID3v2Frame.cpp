@@ -38,11 +38,9 @@ ID3V2_FRAME_TYPES CID3v2Frame::GetFrameType(const char* pID)
     return Is("PRIV") ? ID3V2_FRAME_TYPE_PRIVATE : ID3V2_FRAME_TYPE_OPAQUE;
 }
 
-bool CID3v2Frame::Decode(int) { return DecodeInTag(nullptr, 0); }
-
 // Deliberate: the data length indicator is skipped last, so compressed data are inflated with it still in front. That
 // fails, and the compressed bytes are decoded.
-bool CID3v2Frame::DecodeInTag(const std::shared_ptr<ID3v2RawTag>& pRawTag, int nRawOffset)
+bool CID3v2Frame::Decode(int)
 {
     m_Properties.DeleteProperties();
     const ID3V2_FRAME_TYPES eType = GetType();
@@ -53,8 +51,7 @@ bool CID3v2Frame::DecodeInTag(const std::shared_ptr<ID3v2RawTag>& pRawTag, int n
     const bool bCompressed = m_Header.HasFlag(ID3V2_FRAME_FLAG_COMPRESSED);
     if (!bUnsynchronized && !bCompressed)
     {
-        m_Properties.m_pProperties =
-            ID3v2Properties::Make(eType, {GetBytes(m_Data), nStart, pRawTag, nRawOffset}); // which m_Properties owns
+        m_Properties.m_pProperties = ID3v2Properties::Make(eType, {GetBytes(m_Data), nStart}); // m_Properties owns it
         return true;
     }
     LyBuffer body(m_Data);
@@ -62,7 +59,7 @@ bool CID3v2Frame::DecodeInTag(const std::shared_ptr<ID3v2RawTag>& pRawTag, int n
         CID3v2Tag::UnsynchronizeBuffer(body, INT_MAX, nullptr);
     if (bCompressed)
         CID3v2Tag::DecompressBuffer(body);
-    m_Properties.m_pProperties = ID3v2Properties::Make(eType, {GetBytes(body), nStart, nullptr, 0});
+    m_Properties.m_pProperties = ID3v2Properties::Make(eType, {GetBytes(body), nStart});
     return true;
 }
 

@@ -141,12 +141,12 @@ void ConvertPictureFrom22(CID3v2Frame& frame)
 
 bool CID3v2Tag::LoadFrames(const LyBuffer& buffer, int& nPos)
 {
-    WalkFrames({buffer.GetData(), static_cast<size_t>(buffer.GetSize())}, nPos, nullptr);
+    WalkFrames({buffer.GetData(), static_cast<size_t>(buffer.GetSize())}, nPos);
     return true;
 }
 
 // Deliberate: the walk goes on to the end of the buffer, whatever size the tag's header tells.
-void CID3v2Tag::WalkFrames(BYTES bytes, int& nPos, const std::shared_ptr<ID3v2RawTag>& pRawTag)
+void CID3v2Tag::WalkFrames(BYTES bytes, int& nPos)
 {
     const int nVersion = m_Header.m_nMajorVersion;
     const bool bUnsynchronized = (m_Header.m_nFlags & ID3V2_TAG_FLAG_UNSYNCHRONIZED) != 0;
@@ -161,14 +161,13 @@ void CID3v2Tag::WalkFrames(BYTES bytes, int& nPos, const std::shared_ptr<ID3v2Ra
         if (bUnsynchronized)
         {
             TakeUnsynchronized(bytes, nPos, nBytes, *frame, nVersion);
-            (void)frame->Decode(); // an opaque frame is kept as well
         }
         else
         {
             (void)frame->m_Data.FromBuffer(bytes.data() + nPos, nBytes); // false for an empty body
-            (void)frame->DecodeInTag(pRawTag, nPos);
             nPos += nBytes;
         }
+        (void)frame->Decode(); // an opaque frame is kept as well
         if (nVersion == VERSION_22 && frame->GetType() == ID3V2_FRAME_TYPE_PICTURE)
             ConvertPictureFrom22(*frame);
         if (m_aryFrames.Add(frame.get()) >= 0)

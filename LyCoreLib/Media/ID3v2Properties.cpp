@@ -8,7 +8,7 @@
 
 namespace
 {
-// A body up to this size is copied: it costs no more than to refer to it.
+// A body up to this size lies behind its properties; a larger one has a block, which goes once the text is made.
 constexpr int MAX_SMALL_BYTES = 1024;
 // The entries of a frame are at most five. A smaller table than other maps have takes least of the C library's memory.
 constexpr int CHAINS = 3;
@@ -70,10 +70,7 @@ ID3v2Properties::ID3v2Properties(ID3V2_FRAME_TYPES eType, const ID3V2_PLAIN_BODY
     else
     {
         m_pMore = MORE::Make(GetID3v2PropertyCount(eType));
-        m_pMore->pRawTag = body.pRawTag;
-        m_pMore->nRawOffset = body.nRawOffset;
-        if (body.pRawTag == nullptr)
-            m_pMore->pBlock = TakeID3v2Block(m_nBytes);
+        m_pMore->pBlock = TakeID3v2Block(m_nBytes);
         if (m_pMore->pBlock != nullptr)
             std::copy(body.bytes.begin(), body.bytes.end(), m_pMore->pBlock->GetData());
     }
@@ -99,8 +96,6 @@ std::span<const unsigned char> ID3v2Properties::GetBody() const
     const unsigned char* pBytes = nullptr;
     if (IsSmall(m_nBytes))
         pBytes = const_cast<ID3v2Properties*>(this)->GetSmallBody();
-    else if (m_pMore->pRawTag != nullptr)
-        pBytes = m_pMore->pRawTag->GetBytes(m_pMore->nRawOffset);
     else if (m_pMore->pBlock != nullptr)
         pBytes = m_pMore->pBlock->GetData();
     return {pBytes, pBytes != nullptr ? static_cast<size_t>(m_nBytes) : 0};
@@ -108,10 +103,8 @@ std::span<const unsigned char> ID3v2Properties::GetBody() const
 
 void ID3v2Properties::DropLargeBody()
 {
-    if (m_pMore == nullptr)
-        return;
-    m_pMore->pRawTag = nullptr;
-    m_pMore->pBlock = nullptr;
+    if (m_pMore != nullptr)
+        m_pMore->pBlock = nullptr;
 }
 
 // ---- Decoding

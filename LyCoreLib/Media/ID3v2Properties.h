@@ -6,15 +6,14 @@
 //          known by the frame's type.
 // Binary:  a binary value is published as base64 text, four bytes a character: 1.6 MB for a picture of 300 KB. Hardly
 //          anybody asks for it, so that its text is made by itself, when it is asked for or walked over.
-// Owner:   the bytes of a small body are a copy and lie behind this object. Those of a large one stand in its tag if it
-//          came with one, otherwise in a block. What happens to the frame's body later does not change the value.
+// Owner:   the bytes are a copy: those of a small body lie behind this object, those of a large one in a block. What
+//          happens to the frame's body or its tag later does not change the value.
 // Keys:    the frames of all tags share the names of their properties.
 // Threads: as every map, one at a time; reading may make entries.
 
 #pragma once
 
 #include "ID3v2Block.h"
-#include "ID3v2RawTag.h"
 #include "MP3Tag.h"
 #include "PropertyMap.h"
 #include <span>
@@ -36,8 +35,6 @@ struct ID3V2_PLAIN_BODY
 {
     std::span<const unsigned char> bytes;
     int nStart = 0;
-    ID3v2RawTagPtr pRawTag; // the tag in which the bytes stand from nRawOffset on, or null
-    int nRawOffset = 0;
 };
 
 class ID3v2Properties final : public LyPropertyMap::PROPERTIES
@@ -85,10 +82,8 @@ private:
         }
 
         static constexpr int ENTRY_BYTES = sizeof(BUCKET);
-        ID3v2RawTagPtr pRawTag; // the body stands there,
-        ID3v2BlockPtr pBlock;   // or there; without memory for it the values are empty
-        int nRawOffset = 0;
-        int nEntries = 0; // which were made
+        ID3v2BlockPtr pBlock; // the body; without memory for it the values are empty
+        int nEntries = 0;     // which were made
     };
     static_assert(alignof(BUCKET) <= alignof(MORE));
 

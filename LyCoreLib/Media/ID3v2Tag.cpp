@@ -1,4 +1,3 @@
-#include "ID3v2RawTag.h"
 #include "MP3Tag.h"
 #include <algorithm>
 #include <cstring>
@@ -21,20 +20,6 @@ int DecodeSyncSafe(const unsigned char* p)
 
 CID3v2Tag::CID3v2Tag() { AddTableFields(); }
 
-CID3v2Tag::~CID3v2Tag()
-{
-    m_aryFrames.RemoveAll();
-    LetGoOfRawTag();
-}
-
-// Ahead of a change of m_RawTag. The frames of the array should be gone by then.
-void CID3v2Tag::LetGoOfRawTag()
-{
-    if (m_pRawTag.use_count() > 1)
-        m_pRawTag->Keep();
-    m_pRawTag = nullptr;
-}
-
 void CID3v2Tag::EmptyAllButRawTag()
 {
     m_bLoaded = false;
@@ -48,7 +33,6 @@ void CID3v2Tag::EmptyAllButRawTag()
 bool CID3v2Tag::Empty()
 {
     EmptyAllButRawTag();
-    LetGoOfRawTag();
     m_RawTag.Empty(true);
     return true;
 }
@@ -61,7 +45,6 @@ bool CID3v2Tag::Load(const LyBuffer& buffer, long long nPosition)
                                       [&buffer](const CID3v2Frame* pFrame) { return &pFrame->m_Data == &buffer; });
     if (!bOwnBody)
         EmptyAllButRawTag();
-    LetGoOfRawTag();
     if (&buffer != &m_RawTag)
     {
         m_RawTag.Empty(true); // the tag before may have been much larger
@@ -77,8 +60,7 @@ bool CID3v2Tag::Load(const LyBuffer& buffer, long long nPosition)
     if (m_Header.m_nFlags & ID3V2_TAG_FLAG_EXTENDED_HEADER)
         nPos += ReadSyncSafeInt(m_RawTag, nPos);
     const int nFooterBytes = m_Header.m_nFlags & ID3V2_TAG_FLAG_FOOTER ? HEADER_BYTES : 0;
-    m_pRawTag = std::make_shared<ID3v2RawTag>(m_RawTag);
-    WalkFrames({m_RawTag.GetData(), static_cast<size_t>(m_RawTag.GetSize() - nFooterBytes)}, nPos, m_pRawTag);
+    WalkFrames({m_RawTag.GetData(), static_cast<size_t>(m_RawTag.GetSize() - nFooterBytes)}, nPos);
     m_bLoaded = true;
     return true;
 }

@@ -17,10 +17,7 @@
 #include "LyMap.h"
 #include "LyString.h"
 #include "PropertyMap.h"
-#include <memory>
 #include <span>
-
-class ID3v2RawTag;
 
 // ID3v2.4.0-structure, 4: the first byte of a frame that holds text.
 enum ID3V2_FRAME_TEXT_ENCODINGS : int
@@ -162,7 +159,6 @@ public:
 
 private:
     friend class CID3v2Tag;
-    bool DecodeInTag(const std::shared_ptr<ID3v2RawTag>& pRawTag, int nRawOffset); // where m_Data stands in its tag
     int m_nOrderRow = -1; // the index of its row, as long as the tag sorts; here, where it takes no room
 
 public:
@@ -208,7 +204,7 @@ public:
     static constexpr int MAX_PADDING_BYTES = 0x40000; // what callers of SaveToBuffer grant
 
     CID3v2Tag(); // empty, with the table of rows
-    ~CID3v2Tag() override;
+    ~CID3v2Tag() override = default;
     CID3v2Tag(const CID3v2Tag&) = delete;
     CID3v2Tag& operator=(const CID3v2Tag&) = delete;
 
@@ -265,20 +261,18 @@ public:
     bool m_bLoaded = false;
     bool m_bDirty = false;                            // frames changed since loading
     int m_nEncoding = ID3V2_FRAME_TEXT_ENCODING_UTF8; // nobody asks for it
-    LyBuffer m_RawTag; // what Load was given; its length is that of the tag in the file. Its frames refer to it
+    LyBuffer m_RawTag;                                // what Load was given; its length is that of the tag in the file
     long long m_nFilePosition = 0;
     CID3v2TagHeader m_Header = {};                   // as read, but for the size; never changed in memory
     LyOwnedPtrArray<CID3v2Frame, false> m_aryFrames; // in file order, until the next save
 
 private:
     void EmptyAllButRawTag();
-    void LetGoOfRawTag();
-    void WalkFrames(std::span<const unsigned char> bytes, int& nPos, const std::shared_ptr<ID3v2RawTag>& pRawTag);
+    void WalkFrames(std::span<const unsigned char> bytes, int& nPos);
     void AddTableFields(); // the rows that every tag has
     void SetPodcastFields();
     void SortFrames();
     int FindOrderRow(const CID3v2Frame& frame) const;
 
-    bool m_bSorting = false;                // the frames know their rows
-    std::shared_ptr<ID3v2RawTag> m_pRawTag; // m_RawTag, as its frames share it; null without frames
+    bool m_bSorting = false; // the frames know their rows
 };

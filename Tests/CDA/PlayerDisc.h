@@ -4,6 +4,7 @@
 
 #include "CDUnits.h"
 #include "TempFolder.h"
+#include "Thinning.h"
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -19,16 +20,25 @@ inline long long GetPlayedBytes(long long nSectors)
     return nSectors * LY_CD_SECTOR_BYTES / REQUEST_BYTES * REQUEST_BYTES;
 }
 
-// A stretch of the pattern: every four bytes, a frame, are a hash of their place.
+// A stretch of the pattern: every four bytes, a frame, are a hash of their place, the low byte first.
+TEST_RECKONING inline void FillWithPattern(long long nPosition, char* pBytes, long long nBytes)
+{
+    uint64_t nHash = 0;
+    for (long long i = 0; i < nBytes; ++i)
+    {
+        if (i % LY_CD_FRAME_BYTES == 0)
+        {
+            nHash = static_cast<uint64_t>(nPosition + i) * 0x9E3779B97F4A7C15U;
+            nHash ^= nHash >> 29;
+        }
+        pBytes[i] = static_cast<char>(nHash >> i % LY_CD_FRAME_BYTES * 8);
+    }
+}
+
 inline std::string MakePattern(long long nPosition, long long nBytes)
 {
     std::string strBytes(static_cast<size_t>(nBytes), '\0');
-    for (long long i = 0; i < nBytes; i += LY_CD_FRAME_BYTES)
-    {
-        uint64_t nHash = static_cast<uint64_t>(nPosition + i) * 0x9E3779B97F4A7C15U;
-        nHash ^= nHash >> 29;
-        memcpy(strBytes.data() + i, &nHash, static_cast<size_t>(std::min<long long>(LY_CD_FRAME_BYTES, nBytes - i)));
-    }
+    FillWithPattern(nPosition, strBytes.data(), nBytes);
     return strBytes;
 }
 
@@ -53,6 +63,7 @@ inline testing::AssertionResult SameBytes(const std::string& strWanted, const st
 class DiscFolder : public TempFolder
 {
 public:
+    using TempFolder::TempFolder;
     std::filesystem::path Get(const std::filesystem::path& name) const { return GetPath(name.string()); }
     std::filesystem::path Write(const std::filesystem::path& name, const std::string& strContent) const
     {

@@ -3,6 +3,7 @@
 #include "PlayerDisc.h"
 #include "PluginAsPlayer.h"
 #include "ProcessInfo.h"
+#include "Thinning.h"
 #include <chrono>
 #include <climits>
 #include <ctime>
@@ -12,13 +13,9 @@
 namespace
 {
 // A sanitizer keeps memory back and slows everything down: then only what has no measure in bytes or time is asked.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool SANITIZED = true;
-#else
-constexpr bool SANITIZED = false;
-#endif
+using Thinning::SANITIZED;
 constexpr int WARM_UP_ROUNDS = 20;
-constexpr int ROUNDS = SANITIZED ? 100 : 1000;
+constexpr int ROUNDS = Thinning::Some(1000, 100); // most of the time they wait, each for its threads
 constexpr int TRACK_SECTORS = 1500;
 
 int CountEntries(const char* pFolder, const std::string& strPart = "")

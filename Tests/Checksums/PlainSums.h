@@ -4,6 +4,7 @@
 #pragma once
 
 #include "CDLayout.h"
+#include "Thinning.h"
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -88,11 +89,14 @@ struct PlainDisc
         const int64_t nTo = nTrack == m_Layout.GetLastAudio() ? nFrames - 2940 : nFrames;
         if (nFrom > nTo || !Has(First(nTrack) + nOffset + nFrom - 1, First(nTrack) + nOffset + nTo))
             return 0;
+        return SumUp(m_aryFrames.data() + First(nTrack) + nOffset, nFrom, nTo, bVersion2);
+    }
+    TEST_RECKONING static uint32_t SumUp(const uint32_t* pTrack, int64_t nFrom, int64_t nTo, bool bVersion2)
+    {
         uint32_t nSum = 0;
         for (int64_t i = nFrom; i <= nTo; ++i)
         {
-            const uint64_t nWord = m_aryFrames[static_cast<size_t>(First(nTrack) + nOffset + i - 1)];
-            const uint64_t nProduct = nWord * static_cast<uint64_t>(i);
+            const uint64_t nProduct = uint64_t{pTrack[i - 1]} * static_cast<uint64_t>(i);
             nSum += static_cast<uint32_t>(nProduct);
             if (bVersion2)
                 nSum += static_cast<uint32_t>(nProduct >> 32);
@@ -129,11 +133,15 @@ struct PlainDisc
         if (!Has(nFirst, nEnd))
             return 0;
         static const std::vector<uint32_t> s_arySteps = MakeByteSteps();
-        const uint32_t* pSteps = s_arySteps.data();
+        return RunRegister(s_arySteps.data(), m_aryFrames.data() + nFirst, nEnd - nFirst, bWithoutNull);
+    }
+    TEST_RECKONING static uint32_t RunRegister(const uint32_t* pSteps, const uint32_t* pFrames, int64_t nFrames,
+                                               bool bWithoutNull)
+    {
         uint32_t nRegister = 0xFFFFFFFF;
-        for (int64_t i = nFirst; i < nEnd; ++i)
+        for (int64_t i = 0; i < nFrames; ++i)
         {
-            const uint32_t nFrame = m_aryFrames[static_cast<size_t>(i)];
+            const uint32_t nFrame = pFrames[i];
             for (int nShift = 0; nShift < 32; nShift += 8)
             {
                 if (!bWithoutNull || (nFrame >> (nShift & 16) & 0xFFFF) != 0)

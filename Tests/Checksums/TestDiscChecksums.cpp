@@ -72,10 +72,11 @@ void ExpectTracks(const DiscChecksums& checksums, const PlainDisc& disc)
     EXPECT_EQ(disc.DiscCTDB(0), nCTDB);
 }
 
-void ExpectOffset(const DiscChecksums& checksums, const PlainDisc& disc, int nOffset)
+// Of each nStep-th track.
+void ExpectOffset(const DiscChecksums& checksums, const PlainDisc& disc, int nOffset, int nStep = 1)
 {
     const size_t nAt = static_cast<size_t>(nOffset + checksums.GetMaxOffset());
-    for (int i = 0; i < static_cast<int>(disc.m_Layout.m_aryTracks.size()); ++i)
+    for (int i = 0; i < static_cast<int>(disc.m_Layout.m_aryTracks.size()); i += nStep)
     {
         const int nNumber = disc.Track(i).m_nNumber;
         EXPECT_EQ(disc.AccurateRip(i, nOffset, false), checksums.GetAccurateRip1AtOffsets(nNumber)[nAt])
@@ -133,7 +134,8 @@ TEST(DiscChecksums, EqualThePlainSumsAtEveryKindOfOffset)
         DiscChecksums checksums;
         ASSERT_TRUE(checksums.SetLayout(disc.m_Layout));
         AddPieces(checksums, disc, 0, row.m_nLeadOut, random, 63504);
-        for (int nOffset : {0, -1, 2940, -2940, 5879, -5879, Pick(random, -5879, 5879)})
+        const std::vector<int> aryAll = {0, -1, 2940, -2940, 5879, -5879, Pick(random, -5879, 5879)};
+        for (int nOffset : Thinning::Some<std::vector<int>>(aryAll, {-1, 2940, -5879, aryAll.back()}))
             ExpectOffset(checksums, disc, nOffset);
     }
 }
@@ -153,7 +155,7 @@ TEST(DiscChecksums, EqualThePlainSumsOnNinetyNineTracks)
     ASSERT_TRUE(checksums.SetLayout(disc.m_Layout));
     AddPieces(checksums, disc, 0, nStart, random, 63504);
     ExpectTracks(checksums, disc);
-    ExpectOffset(checksums, disc, 77);
+    ExpectOffset(checksums, disc, 77, Thinning::Some(1, 14)); // the first and the last track, too
 }
 
 TEST(DiscChecksums, OffsetsMayBeLeftOut)

@@ -26,11 +26,7 @@ struct HOST_RESULT
     std::string m_strErrors;
 };
 
-inline std::string ReadWholeFile(const std::filesystem::path& path)
-{
-    std::ifstream stream(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-}
+inline std::string ReadWholeFile(const std::filesystem::path& path) { return ReadBlocks(path); }
 
 class HostProcess
 {

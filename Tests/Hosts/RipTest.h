@@ -8,6 +8,8 @@
 class RipTest : public ::testing::Test
 {
 protected:
+    explicit RipTest(TEMP_PLACE ePlace = TEMP_ON_DISK) : m_Folder(ePlace) {}
+
     static constexpr int SECTORS = 1200;
     static constexpr int STARTS[] = {0, 30, 330, 800, SECTORS}; // hidden audio, tracks 1 to 3, the end
     static constexpr const char* TITLES[] = {"Hidden audio", "One", "Two / Zwei", "Last"};

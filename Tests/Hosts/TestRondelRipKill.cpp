@@ -8,18 +8,14 @@
 
 namespace
 {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr int EVERY = 6; // such a program takes many times as long
-#else
-constexpr int EVERY = 1;
-#endif
-
 constexpr const char* FOREIGN = "mine";
 
 class RipKillTest : public RipTest
 {
 protected:
     using FILES = std::map<std::string, std::string>; // content by name
+
+    RipKillTest() : RipTest(TEMP_IN_MEMORY) {}
 
     // Three tracks of less than half a second.
     void SetUp() override
@@ -139,7 +135,7 @@ protected:
         ExpectNothingElse(nCall);
     }
     // Rips with these words; killed at every so many of those calls.
-    void Run(std::vector<std::string> aryArguments, int nEvery = EVERY)
+    void Run(std::vector<std::string> aryArguments, int nEvery = 1)
     {
         aryArguments.insert(aryArguments.end(), {"--mode", "burst", "--no-analysis"});
         (void)RipWell(aryArguments);
@@ -149,13 +145,18 @@ protected:
             std::filesystem::remove_all(Out(""));
             PutForeignFiles();
         };
+        int nKills = -1; // the last round is complete
+        const auto CountAndCheck = [&](int nCall)
+        {
+            ++nKills;
+            Check(aryArguments, nCall);
+        };
         const int nCalls =
-            KillTreeAtEachCall([&] { BecomeRip(aryArguments); }, [&](int nCall) { Check(aryArguments, nCall); },
-                               Prepare, nEvery, 2000, KILL_AT_CHANGES);
+            KillTreeAtEachCall([&] { BecomeRip(aryArguments); }, CountAndCheck, Prepare, nEvery, 2000, KILL_AT_CHANGES);
         if (nCalls == KILL_NOT_ALLOWED)
             GTEST_SKIP() << "nobody may trace a process here";
         EXPECT_GT(nCalls, 30);
-        std::printf("killed at %d calls\n", nCalls / nEvery);
+        std::printf("killed at %d of %d calls\n", nKills, nCalls);
     }
 
     // Kills a rip as soon as it has come to a place, and then each rip that goes on from there, which goes on once
@@ -165,17 +166,13 @@ protected:
         const std::vector<std::string> aryArguments = {"--mode", "burst", "--no-analysis", "--encoder", "wav"};
         (void)RipWell(aryArguments);
         m_Wanted = ReadAll();
-        bool bPrepared = false;
-        for (int nCall = 10; nCall < 200 && !bPrepared; ++nCall)
-        {
-            std::filesystem::remove_all(Out(""));
-            PutForeignFiles();
-            if (KillProcessTreeDetails::RunUntil([&] { BecomeRip(aryArguments); }, nCall, KILL_AT_CHANGES) ==
-                KillProcessTreeDetails::CHILD_END::NotAllowed)
-                GTEST_SKIP() << "nobody may trace a process here";
-            bPrepared = GetOutput().contains("Album.unfinished") && isThere();
-        }
-        ASSERT_TRUE(bPrepared);
+        std::filesystem::remove_all(Out(""));
+        PutForeignFiles();
+        const int nKilled = KillTreeAsSoonAs([&] { BecomeRip(aryArguments); },
+                                             [&] { return GetOutput().contains("Album.unfinished") && isThere(); });
+        if (nKilled == KILL_NOT_ALLOWED)
+            GTEST_SKIP() << "nobody may trace a process here";
+        ASSERT_EQ(1, nKilled);
         const std::filesystem::path kept = m_Folder.Get("kept");
         std::filesystem::copy(Out(""), kept, std::filesystem::copy_options::recursive);
         std::vector<std::string> aryResume = aryArguments;
@@ -186,7 +183,7 @@ protected:
             std::filesystem::copy(kept, Out(""), std::filesystem::copy_options::recursive);
         };
         EXPECT_GT(KillTreeAtEachCall([&] { BecomeRip(aryResume); }, [&](int nCall) { Check(aryArguments, nCall); },
-                                     Prepare, EVERY, 2000, KILL_AT_CHANGES),
+                                     Prepare, 1, 2000, KILL_AT_CHANGES),
                   10);
     }
 
@@ -200,7 +197,7 @@ TEST_F(RipKillTest, AnImageInTwoForms) { Run({"--image", "--encoder", "wav", "--
 
 TEST_F(RipKillTest, AnEncoderThatIsAnotherProgram)
 {
-    Run({"--encoder", "cmd.raw=input=raw; command=dd bs=50000 status=none of=%o", "--tracks", "1-2"}, 2 * EVERY);
+    Run({"--encoder", "cmd.raw=input=raw; command=dd bs=50000 status=none of=%o", "--tracks", "1-2"}, 2);
 }
 
 TEST_F(RipKillTest, ARipThatGoesOn)

@@ -75,7 +75,7 @@ protected:
             << "the complete run leaves nothing else";
     }
 
-    TempFolder m_Folder;
+    TempFolder m_Folder{TEMP_IN_MEMORY};
 };
 } // namespace
 

@@ -4,6 +4,7 @@
 
 #include "LoudnessResults.h"
 #include "R128Analyzer.h"
+#include "Thinning.h"
 #include <cmath>
 #include <numbers>
 #include <vector>
@@ -18,6 +19,18 @@ struct STRETCH
 constexpr double TONE_HZ = 1000;
 constexpr double NO_TONE = -1000; // a level that is silence
 
+// The frames from nFrame to nEnd of a signal that begins at pSamples; fPeriods of the tone go into a frame.
+TEST_RECKONING inline void FillWithTone(double* pSamples, long long nFrame, long long nEnd, const double* pFactors,
+                                        int nChannels, double fPeriods)
+{
+    for (; nFrame < nEnd; ++nFrame)
+    {
+        const double fTone = std::sin(2 * std::numbers::pi * fPeriods * static_cast<double>(nFrame));
+        for (int c = 0; c < nChannels; ++c)
+            pSamples[nFrame * nChannels + c] = pFactors[c] * fTone;
+    }
+}
+
 inline std::vector<double> MakeTones(const std::vector<STRETCH>& aryStretches, int nRate, int nChannels,
                                      double fHz = TONE_HZ)
 {
@@ -28,16 +41,15 @@ inline std::vector<double> MakeTones(const std::vector<STRETCH>& aryStretches, i
     {
         fEnd += stretch.fSeconds;
         const long long nEnd = std::llround(fEnd * nRate);
-        for (; nFrame < nEnd; ++nFrame)
+        std::vector<double> aryFactors;
+        for (int c = 0; c < nChannels; ++c)
         {
-            const double fTone = std::sin(2 * std::numbers::pi * fHz * static_cast<double>(nFrame) / nRate);
-            for (int c = 0; c < nChannels; ++c)
-            {
-                const bool bOne = stretch.aryLevels.size() == 1;
-                const double fLevel = stretch.aryLevels[bOne ? 0 : static_cast<size_t>(c)];
-                arySamples.push_back(fLevel == NO_TONE ? 0 : std::pow(10, fLevel / 20) * fTone);
-            }
+            const double fLevel = stretch.aryLevels[stretch.aryLevels.size() == 1 ? 0 : static_cast<size_t>(c)];
+            aryFactors.push_back(fLevel == NO_TONE ? 0 : std::pow(10, fLevel / 20));
         }
+        arySamples.resize(static_cast<size_t>(nEnd * nChannels));
+        FillWithTone(arySamples.data(), nFrame, nEnd, aryFactors.data(), nChannels, fHz / nRate);
+        nFrame = nEnd;
     }
     return arySamples;
 }

@@ -85,10 +85,13 @@ TEST_F(DTSStreams, OfAnEncoderAreFoundInEveryPacking)
         const std::string strStream = Encode(stream);
         ASSERT_LT(100000u, strStream.size()) << stream.pName;
         for (const DTS_STREAM_TYPE eType : ALL_DTS_PACKINGS)
+        {
+            if (!HasPacking(stream, eType))
+                continue;
+            const std::string strPacked = PackDTS(strStream, eType);
             for (const int nAhead : {0, 1, 4, 1000, 100001})
-                if (HasPacking(stream, eType))
-                    ExpectFound(stream, std::string(static_cast<size_t>(nAhead), '\0') + PackDTS(strStream, eType),
-                                eType, nAhead);
+                ExpectFound(stream, std::string(static_cast<size_t>(nAhead), '\0') + strPacked, eType, nAhead);
+        }
     }
 }
 

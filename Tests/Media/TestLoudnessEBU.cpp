@@ -39,7 +39,8 @@ const std::vector<EBU_CASE> s_aryRangeCases = {
 class EBURates : public testing::TestWithParam<int>
 {
 };
-INSTANTIATE_TEST_SUITE_P(Rates, EBURates, testing::Values(8000, 44100, 48000),
+const std::vector<int> s_aryRates = Thinning::Some<std::vector<int>>({8000, 44100, 48000}, {8000});
+INSTANTIATE_TEST_SUITE_P(Rates, EBURates, testing::ValuesIn(s_aryRates),
                          [](const testing::TestParamInfo<int>& rate) { return "Hz" + std::to_string(rate.param); });
 
 // At 8 kHz the high pass, kept as printed, is 0.2 dB louder; no meter escapes that.

@@ -11,6 +11,7 @@
 #include "TempFolder.h"
 #include "TempoJudge.h"
 #include "TempoResults.h"
+#include "Thinning.h"
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -60,8 +61,7 @@ bool Decode(const std::filesystem::path& path, const std::string& strRaw, RECORD
                                    std::to_string(RATE) + " -f s16le '" + strRaw + "'";
     if (std::system(strCommand.c_str()) != 0)
         return false;
-    std::ifstream stream(strRaw, std::ios::binary);
-    const std::string strBytes((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
+    const std::string strBytes = ReadBlocks(strRaw);
     recording.strRaw = strRaw;
     recording.arySamples.resize(strBytes.size() / sizeof(short));
     std::memcpy(recording.arySamples.data(), strBytes.data(), recording.arySamples.size() * sizeof(short));
@@ -187,12 +187,7 @@ TEST(Recordings, AreNoStreamAndReadAsOutsideJudgesReadThem)
         GTEST_SKIP() << "ffmpeg is not installed";
     const TempFolder folder;
     const char* pRecordings = std::getenv("RONDEL_RECORDINGS");
-    const std::string strFrom = pRecordings != nullptr ? pRecordings : folder.GetPath() + "/music";
-    std::filesystem::create_directory(folder.GetPath("music"));
-    if (pRecordings == nullptr)
-    {
-        ASSERT_EQ(0, std::system(("'" RONDEL_EXAMPLE_MUSIC "' '" + strFrom + "'").c_str()));
-    }
+    const std::string strFrom = pRecordings != nullptr ? pRecordings : RONDEL_EXAMPLE_MUSIC;
     double fSeconds = 0;
     int nRecordings = 0;
     int nPeaksFar = 0;
@@ -200,6 +195,8 @@ TEST(Recordings, AreNoStreamAndReadAsOutsideJudgesReadThem)
     for (const auto& entry : std::filesystem::recursive_directory_iterator(strFrom))
     {
         RECORDING recording;
+        if (Thinning::SANITIZED && pRecordings == nullptr && nRecordings > 0)
+            break;
         if (!entry.is_regular_file() || !Decode(entry.path(), folder.GetPath("audio.raw"), recording))
             continue;
         SCOPED_TRACE(entry.path().filename().string());

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "CDUnits.h"
+#include "Thinning.h"
 #include <atomic>
 #include <cstdlib>
 #include <random>
@@ -12,7 +13,7 @@
 #include <thread>
 #include <vector>
 
-constexpr int CAMPAIGN_SEEDS = 50; // in a test; the long form takes 2000
+constexpr int CAMPAIGN_SEEDS = Thinning::Some(50, 16); // in a test; the long form takes 2000
 
 inline int GetCampaignNumber(const char* pVariable, int nDefault)
 {

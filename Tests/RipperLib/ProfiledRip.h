@@ -8,6 +8,7 @@
 #include "RipSections.h"
 #include "RipWatch.h"
 #include "TempFolder.h"
+#include "Thinning.h"
 #include <gtest/gtest.h>
 #include <string>
 
@@ -28,9 +29,9 @@ public:
 
     ProfiledRip()
     {
+        m_strDisc.resize(static_cast<size_t>(SECTORS) * LY_CD_SECTOR_BYTES);
         for (int i = 0; i < SECTORS; ++i)
-            for (int n = 0; n < LY_CD_SECTOR_BYTES; ++n)
-                m_strDisc += static_cast<char>(GetByte(i, n));
+            FillSector(i, m_strDisc.data() + static_cast<size_t>(i) * LY_CD_SECTOR_BYTES);
         (void)m_Folder.Write("disc.bin", m_strDisc);
         (void)m_Folder.Write("disc.cue", "FILE \"disc.bin\" BINARY\n"
                                          "TRACK 01 AUDIO\nINDEX 00 00:00:00\nINDEX 01 00:00:40\n"
@@ -38,11 +39,17 @@ public:
     }
 
     // Never silence, different in all sectors.
-    static unsigned char GetByte(int nSector, int nOffset)
+    TEST_RECKONING static unsigned char GetByte(int nSector, int nOffset)
     {
         const unsigned int n =
             static_cast<unsigned int>(nSector) * 2654435761U + static_cast<unsigned int>(nOffset) * 40503U;
         return static_cast<unsigned char>((n >> 11 ^ n >> 23) | 1U);
+    }
+
+    TEST_RECKONING static void FillSector(int nSector, char* pBytes)
+    {
+        for (int n = 0; n < LY_CD_SECTOR_BYTES; ++n)
+            pBytes[n] = static_cast<char>(GetByte(nSector, n));
     }
 
     // Opens the drive of this profile. With bMeasure its cache is measured.

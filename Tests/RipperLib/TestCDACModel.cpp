@@ -4,6 +4,7 @@
 #include "CDAC.h"
 #include "CDUnits.h"
 #include "CopyModel.h"
+#include "Thinning.h"
 #include "wavesave.h"
 #include <cstdlib>
 #include <cstring>
@@ -12,14 +13,8 @@
 
 namespace
 {
-// The sanitizers are slow, and need fewer worlds to see what they look for.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr unsigned int WORLDS = 500;
-constexpr unsigned int STOPPED_WORLDS = 4;
-#else
-constexpr unsigned int WORLDS = 5000;
-constexpr unsigned int STOPPED_WORLDS = 20;
-#endif
+constexpr unsigned int WORLDS = Thinning::Some(5000U, 250U);
+constexpr unsigned int STOPPED_WORLDS = Thinning::Some(20U, 2U);
 
 using namespace CopyModel;
 
@@ -35,10 +30,20 @@ int GetValue(const unsigned char* pSector)
 }
 
 // A sector of the real buffers is its value, 588 times.
-void PutValue(unsigned char* pSector, int nValue)
+TEST_RECKONING void PutValue(unsigned char* pSector, int nValue)
 {
+    int* pWords = reinterpret_cast<int*>(pSector); // of a buffer from the heap, whose sectors are whole words
     for (int i = 0; i < SECTOR_WORDS; ++i)
-        std::memcpy(pSector + static_cast<size_t>(i) * sizeof nValue, &nValue, sizeof nValue);
+        pWords[i] = nValue;
+}
+
+TEST_RECKONING unsigned char* MakeEmptyBuffer()
+{
+    constexpr size_t BYTES = static_cast<size_t>(Teller::BUFFER_CELLS) * LY_CD_SECTOR_BYTES;
+    unsigned char* pBuffer = new unsigned char[BYTES];
+    for (size_t i = 0; i < BYTES; ++i)
+        pBuffer[i] = 0;
+    return pBuffer;
 }
 
 struct STAGE
@@ -135,7 +140,7 @@ EVENTS RunEngine(const WORLD& world)
     STAGE stage = {world, {}};
     StageCopy copy(stage);
     for (unsigned char*& pBuffer : copy.m_pBuffers)
-        pBuffer = new unsigned char[Teller::BUFFER_CELLS * LY_CD_SECTOR_BYTES]();
+        pBuffer = MakeEmptyBuffer();
     TDriveInfo info;
     StageCD cd(info, stage, copy);
     cd.m_DriveInfo.m_nMode = world.m_bSecure ? 1 : 0;

@@ -24,6 +24,8 @@ protected:
     {
         ASSERT_TRUE(m_Tools.GetIsLoaded());
         m_strAudio = ToBytes(MakeFrames(SECTORS * LY_CD_SECTOR_FRAMES));
+        const std::string strSilence(m_strAudio.size(), '\0');
+        m_strBetweenSilence = strSilence + m_strAudio + strSilence;
         (void)m_Folder.Write("disc.bin", m_strAudio);
         (void)m_Folder.Write("disc.cue", "FILE \"disc.bin\" BINARY\nTRACK 01 AUDIO\n INDEX 01 00:00:00\n");
     }
@@ -51,15 +53,14 @@ protected:
     // What the disc has so many frames behind the sector, silence ahead of it and behind it.
     std::string GetTruth(int nLBA, int nCount, int nFrames = 0) const
     {
-        const std::string strSilence(static_cast<size_t>(SECTORS) * LY_CD_SECTOR_BYTES, '\0');
         const int nAt = (SECTORS + nLBA) * LY_CD_SECTOR_BYTES + nFrames * LY_CD_FRAME_BYTES;
-        return (strSilence + m_strAudio + strSilence)
-            .substr(static_cast<size_t>(nAt), static_cast<size_t>(nCount) * LY_CD_SECTOR_BYTES);
+        return m_strBetweenSilence.substr(static_cast<size_t>(nAt), static_cast<size_t>(nCount) * LY_CD_SECTOR_BYTES);
     }
 
     FakeTools m_Tools;
     TempFolder m_Folder;
     std::string m_strAudio;
+    std::string m_strBetweenSilence;
     std::unique_ptr<ServiceDrive> m_pDrive;
 };
 

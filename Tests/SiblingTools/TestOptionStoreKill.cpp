@@ -38,7 +38,7 @@ void ExpectRounds(int nCalls)
 
 TEST(OptionStoreKill, AChangeIsThereOrNotThere)
 {
-    const UserFolders user;
+    const UserFolders user(TEMP_IN_MEMORY);
     bool bOldSeen = false;
     bool bNewSeen = false;
     ExpectRounds(KillAtEachCall(
@@ -60,7 +60,7 @@ TEST(OptionStoreKill, AChangeIsThereOrNotThere)
 
 TEST(OptionStoreKill, SeveralChangesInARowEndWithOneOfThem)
 {
-    const UserFolders user;
+    const UserFolders user(TEMP_IN_MEMORY);
     ExpectRounds(KillAtEachCall(
         []
         {
@@ -74,7 +74,7 @@ TEST(OptionStoreKill, SeveralChangesInARowEndWithOneOfThem)
 
 TEST(OptionStoreKill, TheFirstSetOfAllLeavesAFileThatCanBeUsed)
 {
-    const UserFolders user;
+    const UserFolders user(TEMP_IN_MEMORY);
     ExpectRounds(KillAtEachCall(
         []
         {
@@ -88,7 +88,7 @@ TEST(OptionStoreKill, TheFirstSetOfAllLeavesAFileThatCanBeUsed)
 
 TEST(OptionStoreKill, ABrokenFileIsThereOrKeptAside)
 {
-    const UserFolders user;
+    const UserFolders user(TEMP_IN_MEMORY);
     ExpectRounds(KillAtEachCall(
         []
         {

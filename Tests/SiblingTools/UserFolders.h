@@ -37,6 +37,9 @@ private:
 class UserFolders
 {
 public:
+    UserFolders() = default;
+    explicit UserFolders(TEMP_PLACE ePlace) : m_Folder(ePlace) {}
+
     std::string GetConfig() const { return m_Folder.GetPath("config"); }
     std::string GetOptionsFile() const { return m_Folder.GetPath("config/rondel/options.sqlite"); }
     const TempFolder& GetFolder() const { return m_Folder; }

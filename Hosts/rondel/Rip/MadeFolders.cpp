@@ -15,6 +15,9 @@ std::error_code MadeFolders::Make(const std::filesystem::path& folder)
     for (const std::filesystem::path& part : folder)
     {
         step /= part;
+        // Looked at first: there are places in which nothing is made, and which are there all the same.
+        if (std::filesystem::is_directory(step, error))
+            continue;
         if (std::filesystem::create_directory(step, error))
             m_aryMade.push_back(step);
         if (error)
