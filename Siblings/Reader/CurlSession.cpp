@@ -176,10 +176,12 @@ size_t CurlSession::TakeBody(const unsigned char* p, size_t nBytes)
     return nBytes;
 }
 
+// Deliberate: a cancelled transfer goes on here; Drive ends it behind the step, which is short. Libcurl would end it by
+// waiting for the look-up of the name.
 int CurlSession::OnProgress(void* pSession, curl_off_t, curl_off_t, curl_off_t, curl_off_t nSent) noexcept
 {
     auto& session = *static_cast<CurlSession*>(pSession);
     if (std::exchange(session.m_nSent, nSent) != nSent)
         session.m_bMoved = true;
-    return session.m_bCancelled ? 1 : 0;
+    return 0;
 }
